@@ -1,0 +1,104 @@
+#pragma once
+
+#include <corvane/foundation/Export.h>
+#include <corvane/foundation/Mutex.h>
+#include <cstddef>
+#include <mutex>
+#include <new>
+
+namespace Corvane
+{
+
+/// Guards the creation and the destruction of every Singleton's instance: one for all of them.
+CORVANE_EXPORT inline Mutex singletonMutex("Singleton", 0);
+
+/// Base of a class with one shared, reference-counted instance per process.
+///
+/// `getInstance<Derived>()` takes a reference, `delete pointer` gives one back; the last `delete` destroys the instance.
+/// A pointer that is not the instance is left alone: neither destroyed nor freed.
+///
+/// A class that uses it declares `extern template class Singleton<T>` in its header and instantiates it in its source
+/// file, so that all libraries of a process share one instance. Taking a reference is thread-safe. Giving one back is
+/// thread-safe towards creation; two threads that give back at once must be ordered by their callers.
+///
+///     auto* driver = Singleton<InputDriver>::getInstance<MultiInputDriver>();
+///     delete driver;
+template <class T>
+class CORVANE_EXPORT Singleton
+{
+public:
+    Singleton(const Singleton&) = delete;
+    Singleton& operator=(const Singleton&) = delete;
+
+    /// Takes a reference on the instance; the call that finds none creates a `Derived`.
+    /// @return the instance; never null. Every caller in a process must name the same `Derived` or a base of it.
+    /// @throws whatever the constructor throws; the count is then unchanged.
+    template <class Derived>
+    static Derived* getInstance();
+
+    static void* operator new(std::size_t size) { return ::operator new(size); }
+
+    /// Releases the reference that a `delete` expression gives back; runs before, and instead of, the destructor.
+    static void operator delete(Singleton* object, std::destroying_delete_t);
+
+    /// The same rule for bare storage: storage of a constructor that threw is not the instance and so is left alone.
+    static void operator delete(void* object);
+
+protected:
+    Singleton() = default;
+    virtual ~Singleton() = default;
+
+    static T* instance;
+    static unsigned int references;
+
+private:
+    static void release();
+};
+
+template <class T>
+T* Singleton<T>::instance = nullptr;
+
+template <class T>
+unsigned int Singleton<T>::references = 0;
+
+template <class T>
+template <class Derived>
+Derived* Singleton<T>::getInstance()
+{
+    std::lock_guard<Mutex> guard(singletonMutex);
+    if (references == 0)
+        instance = new Derived;
+    ++references;
+    return static_cast<Derived*>(instance);
+}
+
+template <class T>
+void Singleton<T>::operator delete(Singleton* object, std::destroying_delete_t)
+{
+    if (instance != nullptr && object == static_cast<Singleton*>(instance))
+        release();
+}
+
+template <class T>
+void Singleton<T>::operator delete(void* object)
+{
+    if (instance != nullptr && object == dynamic_cast<void*>(instance))
+        release();
+}
+
+template <class T>
+void Singleton<T>::release()
+{
+    // Deliberate: the count goes down outside the mutex; only the destruction is under it.
+    if (--references != 0)
+        return;
+    std::lock_guard<Mutex> guard(singletonMutex);
+    if (instance == nullptr)
+        return;
+    void* storage = dynamic_cast<void*>(instance);
+    instance->~T();
+    ::operator delete(storage);
+    instance = nullptr;
+}
+
+} // namespace Corvane

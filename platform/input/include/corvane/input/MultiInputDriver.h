@@ -1,0 +1,51 @@
+#pragma once
+
+#include <corvane/input/InputDriver.h>
+#include <memory>
+
+namespace Corvane
+{
+
+/// The input driver of a process: mice, keyboards and remote controls, by display session.
+///
+/// Listeners are called on the driver's own thread, in the order of the events; no lock is held while one runs, so it may
+/// add and remove listeners. The thread sleeps until there is something to deliver.
+///
+/// This version reads no devices yet: it delivers what is injected into it, and keeps which classes are enabled.
+///
+///     MultiInputDriver* driver = Singleton<InputDriver>::getInstance<MultiInputDriver>();
+///     driver->addInputEventListener(&listener, 0);
+///     driver->start();
+class CORVANE_EXPORT MultiInputDriver : public InputDriver
+{
+public:
+    MultiInputDriver();
+    /// Stops delivery; events that were not delivered are dropped.
+    ~MultiInputDriver() override;
+
+    void addInputEventListener(IWindowEvent::IInputEventListener* listener, unsigned int sessionIndex) override;
+    void start() override;
+    void removeInputEventListener(IWindowEvent::IInputEventListener* listener) override;
+    void enableHotplug() override;
+    void disableHotplug() override;
+    void enableMouse() override;
+    void disableMouse() override;
+    void enableKeyboard() override;
+    void disableKeyboard() override;
+    void enableIr() override;
+    void disableIr() override;
+
+    bool isHotplugEnabled() const;
+    bool isMouseEnabled() const;
+    bool isKeyboardEnabled() const;
+    bool isIrEnabled() const;
+
+    /// Queues an event for the listeners of a session, behind those that wait already; returns at once.
+    void injectInputEvent(std::shared_ptr<const IWindowEvent::InputEvent> event, unsigned int sessionIndex);
+
+private:
+    class Delivery;
+    const std::unique_ptr<Delivery> delivery;
+};
+
+} // namespace Corvane
