@@ -9,11 +9,11 @@ namespace Corvane
 /// The control server of an application process: managers query and drive the application through it.
 ///
 /// It is named "APP" followed by the application's uid. For a window it offers the interfaces IApplication and IWindow,
-/// for a service IApplication and IService; every change of the served object goes out as a notification. A failure of any
-/// kind becomes an error reply; no exception leaves a handler. Handlers run one at a time on the server's thread.
+/// for a service IApplication and IService; every change of the served object goes out as a notification. A failure of
+/// any kind becomes an error reply; no exception leaves a handler. Handlers run one at a time on the server's thread.
 ///
-/// The destructor waits for a handler that runs. Destroy the served object only after it has reached a terminated state,
-/// or after the server.
+/// The destructor waits for a handler that runs. Destroy the served object only after it has reached a terminated
+/// state, or after the server.
 class CORVANE_EXPORT APPRPCServer : public APPServer, public RPCServer
 {
 public:

@@ -25,11 +25,12 @@ extern CORVANE_EXPORT Mutex shutdownMutex;
 /// The base object of an application process: identity, lifecycle, proof of life, priority and statistics.
 ///
 /// The program's `main` constructs its subclass, calls `init()` and `run()`, on the main thread. State changes and
-/// statistics may come from any thread; they are not synchronised (see docs/threading.md). `init()` installs handlers for
-/// SIGILL, SIGABRT, SIGFPE, SIGSEGV, SIGTERM and SIGBUS that announce STATE_ABORTED before the process dies; the last
-/// application of a process puts the previous ones back.
+/// statistics may come from any thread; they are not synchronised (see docs/threading.md). `init()` installs handlers
+/// for SIGILL, SIGABRT, SIGFPE, SIGSEGV, SIGTERM and SIGBUS that announce STATE_ABORTED before the process dies; the
+/// last application of a process puts the previous ones back.
 ///
-///     int main(int argc, char** argv) { MyApplication application(argc, argv); application.init(); application.run(); }
+///     int main(int argc, char** argv) { MyApplication application(argc, argv); application.init(); application.run();
+///     }
 class CORVANE_EXPORT Application : public ComplexObject,
                                    public virtual IApplication,
                                    public virtual IApplication::IApplicationNotifier
@@ -48,8 +49,8 @@ public:
     /// @throws SerialError  the environment variable holds no launch parameters
     Application(int argc, char** argv);
 
-    /// Goes to STATE_LOADING, takes over the fatal signals, starts the platform helper (unless the program path contains
-    /// "QAX", "ORU" or "WEB") and, when the application has a main loop of its own, the keep-alive thread.
+    /// Goes to STATE_LOADING, takes over the fatal signals, starts the platform helper (unless the program path
+    /// contains "QAX", "ORU" or "WEB") and, when the application has a main loop of its own, the keep-alive thread.
     /// STATE_RUNNING is left to the application.
     void init() override;
     /// Announces STATE_TERMINATED to the listeners that are left.
@@ -58,14 +59,15 @@ public:
     /// Sends a keep-alive at once and then every 5,000 ms; returns within one round after the state has become
     /// STATE_TERMINATED or STATE_RUNAWAY. Returns at once when `runsInMain()` is true.
     virtual void run();
-    /// @return whether the application's own main loop occupies the calling thread; keep-alives then have their own thread
+    /// @return whether the application's own main loop occupies the calling thread; keep-alives then have their own
+    /// thread
     virtual bool runsInMain();
 
     /// @return a copy of the current state. Not synchronised.
     std::string getState() override;
     /// Changes the state, if the rules allow it, and tells the listeners; a refusal is silent. LOADING is accepted from
-    /// UNINITIALIZED only, SUSPENDING from LOADING and RUNNING, RESUMING from SUSPENDING and SUSPENDED, TERMINATING from
-    /// everything but TERMINATED, any other text from everywhere. The state held already is never a change.
+    /// UNINITIALIZED only, SUSPENDING from LOADING and RUNNING, RESUMING from SUSPENDING and SUSPENDED, TERMINATING
+    /// from everything but TERMINATED, any other text from everywhere. The state held already is never a change.
     void setState(const std::string& newState) override;
     /// Asks for STATE_RESUMING.
     void activate() override;
@@ -73,9 +75,9 @@ public:
     void suspend() override;
     /// Asks for STATE_TERMINATING.
     void terminate() override;
-    /// Use of the processor since the previous call (32-bit microseconds that wrap: right for intervals up to 71 minutes),
-    /// and the largest resident set so far. The first call's figure has no meaning; two calls in one microsecond divide by
-    /// zero. One thread at a time.
+    /// Use of the processor since the previous call (32-bit microseconds that wrap: right for intervals up to 71
+    /// minutes), and the largest resident set so far. The first call's figure has no meaning; two calls in one
+    /// microsecond divide by zero. One thread at a time.
     RuntimeStatistics getRuntimeStatistics() override;
 
     /// Tells every listener; overriding subclasses hear it first.

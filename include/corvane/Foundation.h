@@ -5,8 +5,8 @@
 #include <corvane/foundation/ReturnCode.h>
 #include <string>
 
-/// The result codes, the exception that carries them, their texts, and the debug print: what every source file needs that
-/// reports a failure.
+/// The result codes, the exception that carries them, their texts, and the debug print: what every source file needs
+/// that reports a failure.
 namespace Corvane
 {
 

@@ -10,7 +10,8 @@ namespace Corvane
 class ICursor;
 class MultiInputDriver;
 
-/// The application of a process that owns a surface on the screen: visibility, opacity, stacking order, location, focus.
+/// The application of a process that owns a surface on the screen: visibility, opacity, stacking order, location,
+/// focus.
 ///
 /// Window keeps the properties of its surface and tells its listeners of every change; a subclass that is bound to a
 /// compositor passes the change on first. An application derives from it, gives it a title and the four stacking
@@ -55,8 +56,8 @@ public:
     void addListener(IListener* listener) override;
     void removeListener(IListener* listener) override;
 
-    /// Gives or takes the focus: hides the cursor when it is lost, sets the priority, switches the mouse input, and tells
-    /// the listeners, also when nothing changed.
+    /// Gives or takes the focus: hides the cursor when it is lost, sets the priority, switches the mouse input, and
+    /// tells the listeners, also when nothing changed.
     /// @throws Exception  code 7 when the system refuses the priority; the mouse and the listeners are then left out
     void handleFocus(bool focus) override;
     bool isFocused() override;

@@ -5,7 +5,8 @@
 namespace Corvane
 {
 
-/// An object that becomes usable in two steps: construction, then `init()`, which may fail and may call virtual operations.
+/// An object that becomes usable in two steps: construction, then `init()`, which may fail and may call virtual
+/// operations.
 class CORVANE_EXPORT ComplexObject
 {
 public:

@@ -6,19 +6,15 @@ namespace Corvane
 {
 
 /// Importance of a debug line, most important first. Levels between the named ones may be used.
-enum DebugLevel : int {
-    DEBUG_ERROR = 1,
-    DEBUG_WARNING = 3,
-    DEBUG_INFO = 5,
-    DEBUG_NOTICE = 7
-};
+enum DebugLevel : int { DEBUG_ERROR = 1, DEBUG_WARNING = 3, DEBUG_INFO = 5, DEBUG_NOTICE = 7 };
 
 /// Writes one line of diagnostics: time, process, level, module, component, source line and the formatted message.
 ///
-/// The line goes out in a single `write(2)` of at most 4,096 bytes, so that lines of several threads, of several processes
-/// that share the output, and of a signal handler never mix. A final line feed in the format is optional; other control
-/// characters are written as `\xNN`. Lines above CORVANE_DEBUG_LEVEL (default 7) are dropped; CORVANE_DEBUG_OUTPUT is
-/// `stderr` (default), `syslog` or the path of a file to append to. Both are read once, when the library is loaded.
+/// The line goes out in a single `write(2)` of at most 4,096 bytes, so that lines of several threads, of several
+/// processes that share the output, and of a signal handler never mix. A final line feed in the format is optional;
+/// other control characters are written as `\xNN`. Lines above CORVANE_DEBUG_LEVEL (default 7) are dropped;
+/// CORVANE_DEBUG_OUTPUT is `stderr` (default), `syslog` or the path of a file to append to. Both are read once, when
+/// the library is loaded.
 ///
 /// Thread-safe and signal-safe (no lock, no allocation, `errno` is kept) as long as the format has no floating-point or
 /// wide-character conversion. Never fails: what cannot be written is lost.

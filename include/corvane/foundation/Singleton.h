@@ -14,8 +14,8 @@ CORVANE_EXPORT inline Mutex singletonMutex("Singleton", 0);
 
 /// Base of a class with one shared, reference-counted instance per process.
 ///
-/// `getInstance<Derived>()` takes a reference, `delete pointer` gives one back; the last `delete` destroys the instance.
-/// A pointer that is not the instance is left alone: neither destroyed nor freed.
+/// `getInstance<Derived>()` takes a reference, `delete pointer` gives one back; the last `delete` destroys the
+/// instance. A pointer that is not the instance is left alone: neither destroyed nor freed.
 ///
 /// A class that uses it declares `extern template class Singleton<T>` in its header and instantiates it in its source
 /// file, so that all libraries of a process share one instance. Taking a reference is thread-safe. Giving one back is

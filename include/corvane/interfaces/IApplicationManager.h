@@ -20,11 +20,11 @@ class CORVANE_EXPORT IApplicationManager::LaunchParameters : public SerialObject
 {
 public:
     LaunchParameters() = default;
-    /// Reads the members "applicationType", "applicationParameters" and "authorizationToken" of the deserializer's current
-    /// object, each optional; others are ignored.
+    /// Reads the members "applicationType", "applicationParameters" and "authorizationToken" of the deserializer's
+    /// current object, each optional; others are ignored.
     explicit LaunchParameters(Deserializer& deserializer);
-    /// Reads `--application-type=`, `--application-parameters=` and `--authorization-token=`. Every other argument is the
-    /// application's own and is left alone; of a repeated option the last one counts. `--` ends the options.
+    /// Reads `--application-type=`, `--application-parameters=` and `--authorization-token=`. Every other argument is
+    /// the application's own and is left alone; of a repeated option the last one counts. `--` ends the options.
     LaunchParameters(int argc, char** argv);
 
     const std::string& getApplicationType() const { return applicationType; }

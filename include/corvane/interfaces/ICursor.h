@@ -11,11 +11,7 @@ class CORVANE_EXPORT ICursor : public virtual ISurfaceCompositing
 {
 public:
     /// What the pointer shows. Any 32-bit value is allowed; a new cursor holds CURSOR_STATE_NORMAL.
-    enum CursorState : std::uint32_t {
-        CURSOR_STATE_HIDDEN = 0,
-        CURSOR_STATE_BUSY = 1,
-        CURSOR_STATE_NORMAL = 2
-    };
+    enum CursorState : std::uint32_t { CURSOR_STATE_HIDDEN = 0, CURSOR_STATE_BUSY = 1, CURSOR_STATE_NORMAL = 2 };
 
     /// The session index of the operations that are given none.
     static constexpr unsigned int ANY_SESSION = 0xDEADBEEF;

@@ -12,8 +12,8 @@ namespace Corvane
 class CORVANE_EXPORT ILifecycleManagement
 {
 public:
-    /// The lifecycle states. States are compared as texts, and their texts have at most 15 characters: the current state is
-    /// copied without a lock, and a string that short never moves to other memory.
+    /// The lifecycle states. States are compared as texts, and their texts have at most 15 characters: the current
+    /// state is copied without a lock, and a string that short never moves to other memory.
     static const std::string STATE_UNINITIALIZED;
     static const std::string STATE_LOADING;
     static const std::string STATE_RUNNING;
@@ -53,7 +53,8 @@ public:
     /// @param cpuLoad         use of one processor since the previous record, in percent
     /// @param maxResidentSet  largest resident set so far, in kilobytes
     RuntimeStatistics(std::string processName, std::string hostName, unsigned int reserved0, unsigned int reserved1,
-                      unsigned int cpuLoad, unsigned int maxResidentSet, unsigned int reserved2, unsigned int reserved3);
+                      unsigned int cpuLoad, unsigned int maxResidentSet, unsigned int reserved2,
+                      unsigned int reserved3);
     /// Reads the deserializer's current object.
     explicit RuntimeStatistics(Deserializer& deserializer);
 

@@ -22,7 +22,8 @@ public:
 class CORVANE_EXPORT ISurfaceManagement::CreationSettings : public SerialObject
 {
 public:
-    /// The settings of a window that asks for nothing: session 0, 1280 x 720 at the origin, at the back, opaque, visible.
+    /// The settings of a window that asks for nothing: session 0, 1280 x 720 at the origin, at the back, opaque,
+    /// visible.
     CreationSettings();
     /// @param opacity  0 to 255; kept as it is given
     CreationSettings(unsigned int sessionIndex, const ISurfaceCompositing::Rect& location, unsigned int zOrder,
@@ -31,9 +32,16 @@ public:
     /// object, each optional.
     explicit CreationSettings(Deserializer& deserializer);
     CreationSettings(const CreationSettings& other)
-        : SerialObject(other), sessionIndex(other.sessionIndex), bufferSize(other.bufferSize),
-          pixelFormat(other.pixelFormat), zOrder(other.zOrder), opacity(other.opacity), location(other.location),
-          visibility(other.visibility), doubleBuffered(other.doubleBuffered), premultiplied(other.premultiplied)
+        : SerialObject(other),
+          sessionIndex(other.sessionIndex),
+          bufferSize(other.bufferSize),
+          pixelFormat(other.pixelFormat),
+          zOrder(other.zOrder),
+          opacity(other.opacity),
+          location(other.location),
+          visibility(other.visibility),
+          doubleBuffered(other.doubleBuffered),
+          premultiplied(other.premultiplied)
     {
     }
     CreationSettings& operator=(const CreationSettings& other) = default;

@@ -13,7 +13,9 @@ namespace Corvane
 ///
 /// The forms that take the uid of the caller are the ones for remote use; they ignore it and call the plain form. The
 /// forms that take a surface index ignore the index, for a window is one surface, and call the form with an empty uid.
-class CORVANE_EXPORT IWindow : public virtual IApplication, public virtual IWindowCompositing, public virtual IWindowEvent
+class CORVANE_EXPORT IWindow : public virtual IApplication,
+                               public virtual IWindowCompositing,
+                               public virtual IWindowEvent
 {
 public:
     virtual void handleFocus(const std::string& /*uid*/, bool focus) { handleFocus(focus); }
@@ -32,13 +34,22 @@ public:
     virtual void bringForward(const std::string& /*uid*/) { bringForward(); }
     virtual void sendBackward(const std::string& /*uid*/) { sendBackward(); }
 
-    void setVisibility(const unsigned int& /*index*/, bool visibility) override { setVisibility(std::string(), visibility); }
+    void setVisibility(const unsigned int& /*index*/, bool visibility) override
+    {
+        setVisibility(std::string(), visibility);
+    }
     bool getVisibility(const unsigned int& /*index*/) override { return getVisibility(std::string()); }
-    void setOpacity(const unsigned int& /*index*/, unsigned int opacity) override { setOpacity(std::string(), opacity); }
+    void setOpacity(const unsigned int& /*index*/, unsigned int opacity) override
+    {
+        setOpacity(std::string(), opacity);
+    }
     unsigned int getOpacity(const unsigned int& /*index*/) override { return getOpacity(std::string()); }
     void setZOrder(const unsigned int& /*index*/, unsigned int zOrder) override { setZOrder(std::string(), zOrder); }
     unsigned int getZOrder(const unsigned int& /*index*/) override { return getZOrder(std::string()); }
-    void setLocation(const unsigned int& /*index*/, const Rect& location) override { setLocation(std::string(), location); }
+    void setLocation(const unsigned int& /*index*/, const Rect& location) override
+    {
+        setLocation(std::string(), location);
+    }
     Rect getLocation(const unsigned int& /*index*/) override { return getLocation(std::string()); }
     void bringToFront(const unsigned int& /*index*/) override { bringToFront(std::string()); }
     void sendToBack(const unsigned int& /*index*/) override { sendToBack(std::string()); }

@@ -165,8 +165,8 @@ public:
     MouseEvent(const Buttons& buttons, const Position& position);
     /// An absolute pointer with a wheel has both.
     MouseEvent(const Buttons& buttons, const Position& position, const Movement& movement);
-    /// Reads the deserializer's current object. Its members "buttons", "movement" and "position" are objects named after
-    /// their getters; each object and each of their members is optional, an absent one is false or 0.
+    /// Reads the deserializer's current object. Its members "buttons", "movement" and "position" are objects named
+    /// after their getters; each object and each of their members is optional, an absent one is false or 0.
     explicit MouseEvent(Deserializer& deserializer);
 
     Buttons getButtons() const;

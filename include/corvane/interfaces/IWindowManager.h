@@ -14,15 +14,16 @@ public:
     virtual ~IWindowManager() = default;
 };
 
-/// What a window application is told when it is launched: the parameters of any application, and its surface's settings.
+/// What a window application is told when it is launched: the parameters of any application, and its surface's
+/// settings.
 class CORVANE_EXPORT IWindowManager::LaunchParameters : public IApplicationManager::LaunchParameters
 {
 public:
     LaunchParameters() = default;
     /// Reads, besides an application's own members, "compositingParameters" of the deserializer's current object.
     explicit LaunchParameters(Deserializer& deserializer);
-    /// Reads, besides an application's own options, `--session-index=`, `--location=X,Y,W,H`, `--z-order=`, `--opacity=`
-    /// (0 to 255) and `--visibility=true|false`.
+    /// Reads, besides an application's own options, `--session-index=`, `--location=X,Y,W,H`, `--z-order=`,
+    /// `--opacity=` (0 to 255) and `--visibility=true|false`.
     /// @throws Exception  code 1 for a value that cannot be read, after a line that names the option
     LaunchParameters(int argc, char** argv);
 

@@ -9,9 +9,9 @@ namespace Corvane
 
 /// An object with a thread of its own.
 ///
-/// A derived class gives the thread's body, `thread()`, which returns soon after `isStopRequested()` has become true; its
-/// destructor calls `exit()`, so that the body never runs on a half-destroyed object. The thread handles no asynchronous
-/// signals (SIGTERM and the like): those belong to the application's own threads.
+/// A derived class gives the thread's body, `thread()`, which returns soon after `isStopRequested()` has become true;
+/// its destructor calls `exit()`, so that the body never runs on a half-destroyed object. The thread handles no
+/// asynchronous signals (SIGTERM and the like): those belong to the application's own threads.
 ///
 /// `init()` and `exit()` belong to the owner's thread. Destruction asks the thread to stop and joins it.
 class CORVANE_EXPORT ActiveObject
@@ -28,8 +28,8 @@ public:
     virtual ~ActiveObject();
     /// The body. @return a number without meaning to the library
     virtual int thread() = 0;
-    /// Asks the thread to stop and waits until it has; without effect when none runs. Called on the thread itself it asks
-    /// only. `init()` may follow.
+    /// Asks the thread to stop and waits until it has; without effect when none runs. Called on the thread itself it
+    /// asks only. `init()` may follow.
     virtual void exit();
 
 protected:

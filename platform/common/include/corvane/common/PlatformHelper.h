@@ -10,7 +10,8 @@ namespace Corvane
 /// The process's contact to the process manager of the box, one to a process.
 ///
 /// The first helper of a process becomes the instance of its Singleton, with one reference, as the last step of its
-/// construction. A further one is left alone when it is deleted, by the Singleton's rule: it holds no more than its token.
+/// construction. A further one is left alone when it is deleted, by the Singleton's rule: it holds no more than its
+/// token.
 class CORVANE_EXPORT PlatformHelper : public Singleton<PlatformHelper>
 {
 public:
@@ -18,8 +19,8 @@ public:
     explicit PlatformHelper(const std::string& token);
     ~PlatformHelper() override;
 
-    /// Announces the application to the process manager. Never blocks, never throws. There is no process manager in this
-    /// version of the library, so the call has no effect yet.
+    /// Announces the application to the process manager. Never blocks, never throws. There is no process manager in
+    /// this version of the library, so the call has no effect yet.
     void startHelper() noexcept;
 
 private:

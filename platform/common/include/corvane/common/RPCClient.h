@@ -13,8 +13,8 @@ namespace Corvane
 
 /// A client of one control server.
 ///
-/// A call blocks the calling thread until the answer or the deadline; calls of several threads go out one after the other.
-/// The connection is made by the first call and made again by the first call after it was lost. Thread-safe.
+/// A call blocks the calling thread until the answer or the deadline; calls of several threads go out one after the
+/// other. The connection is made by the first call and made again by the first call after it was lost. Thread-safe.
 ///
 ///     RPCClient client("APP1234");
 ///     std::string opacity = client.call("IWindow::getOpacity");

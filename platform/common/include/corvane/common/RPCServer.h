@@ -17,9 +17,9 @@ class RPCTransport;
 
 /// A control server: answers named calls of local clients and tells subscribers what changes.
 ///
-/// A derived class fills `interfaces` before `init()`. Calls are handled one at a time on the server's own thread, which
-/// sleeps while nobody calls. Notifications are written by the thread that raises them, straight to the subscribers.
-/// A handler must not destroy the server or shut it down.
+/// A derived class fills `interfaces` before `init()`. Calls are handled one at a time on the server's own thread,
+/// which sleeps while nobody calls. Notifications are written by the thread that raises them, straight to the
+/// subscribers. A handler must not destroy the server or shut it down.
 class CORVANE_EXPORT RPCServer : public virtual IRPC::IRPCNotifier
 {
 public:

@@ -27,7 +27,8 @@ class CORVANE_EXPORT Service : public virtual IService, public virtual IService:
 public:
     virtual std::string getUid() = 0;
 
-    /// A caller announces a token of its choice with its attributes: a map from a name to a map from a name to a number.
+    /// A caller announces a token of its choice with its attributes: a map from a name to a map from a name to a
+    /// number.
     virtual void createAuthorizationToken(unsigned int token, MapObject<MapObject<int>> attributes) = 0;
     /// A caller withdraws a token; what a token that was never created means is the service's decision.
     virtual void deleteAuthorizationToken(unsigned int token) = 0;

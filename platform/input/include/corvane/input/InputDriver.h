@@ -19,8 +19,8 @@ public:
     /// Starts delivery; without effect when it runs already.
     /// @throws Exception  code 7 when the system refuses a thread
     virtual void start() = 0;
-    /// Takes a listener off. When this returns it is not being called and is never called again, unless a listener takes
-    /// itself off from inside its call: then the running call is its last.
+    /// Takes a listener off. When this returns it is not being called and is never called again, unless a listener
+    /// takes itself off from inside its call: then the running call is its last.
     virtual void removeInputEventListener(IWindowEvent::IInputEventListener* listener) = 0;
 
     /// Listens for devices that are plugged in and out.

@@ -8,8 +8,8 @@ namespace Corvane
 
 /// The input driver of a process: mice, keyboards and remote controls, by display session.
 ///
-/// Listeners are called on the driver's own thread, in the order of the events; no lock is held while one runs, so it may
-/// add and remove listeners. The thread sleeps until there is something to deliver.
+/// Listeners are called on the driver's own thread, in the order of the events; no lock is held while one runs, so it
+/// may add and remove listeners. The thread sleeps until there is something to deliver.
 ///
 /// This version reads no devices yet: it delivers what is injected into it, and keeps which classes are enabled.
 ///
