@@ -10,8 +10,8 @@ namespace Corvane
 /// Writes one JSON text (RFC 8259) from beginning to end, on one line.
 ///
 /// What it is given goes out in the order of the calls: `beginObject` and `endObject` enclose the members of an object;
-/// the empty key stands for a value without a name: the text itself, or an element of an array. Bytes that are not
-/// UTF-8 are written as U+FFFD, so that the text is always valid.
+/// the empty key stands for a value without a name: the text itself, or an element of an array. Inside an object it is
+/// a name like any other. Bytes that are not UTF-8 are written as U+FFFD, so that the text is always valid.
 ///
 /// Texts of up to 512 bytes are written without allocating memory, so that a process that dies with a damaged heap can
 /// still announce it. Not synchronised: one thread uses a Serializer at a time.
@@ -49,6 +49,8 @@ public:
     const std::string& generate() const;
 
 private:
+    void begin(std::string_view key, char bracket);
+    void end(char bracket);
     void beginValue(std::string_view key);
 
     struct Buffer;

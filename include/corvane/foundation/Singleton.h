@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <corvane/foundation/Export.h>
 #include <corvane/foundation/Mutex.h>
 #include <cstddef>
@@ -36,7 +37,8 @@ public:
     template <class Derived>
     static Derived* getInstance();
 
-    static void* operator new(std::size_t size) { return ::operator new(size); }
+    /// Out of line, or g++ pairs the `operator new` inside with the `operator delete` below and warns of a mismatch.
+    [[gnu::noinline]] static void* operator new(std::size_t size) { return ::operator new(size); }
 
     /// Releases the reference that a `delete` expression gives back; runs before, and instead of, the destructor.
     static void operator delete(Singleton* object, std::destroying_delete_t);
@@ -48,41 +50,43 @@ protected:
     Singleton() = default;
     virtual ~Singleton() = default;
 
-    static T* instance;
-    static unsigned int references;
+    static std::atomic<T*> instance;
+    static std::atomic<unsigned int> references;
 
 private:
     static void release();
 };
 
 template <class T>
-T* Singleton<T>::instance = nullptr;
+std::atomic<T*> Singleton<T>::instance = nullptr;
 
 template <class T>
-unsigned int Singleton<T>::references = 0;
+std::atomic<unsigned int> Singleton<T>::references = 0;
 
 template <class T>
 template <class Derived>
 Derived* Singleton<T>::getInstance()
 {
     std::lock_guard<Mutex> guard(singletonMutex);
-    if (references == 0)
+    if (instance == nullptr)
         instance = new Derived;
     ++references;
-    return static_cast<Derived*>(instance);
+    return static_cast<Derived*>(instance.load());
 }
 
 template <class T>
 void Singleton<T>::operator delete(Singleton* object, std::destroying_delete_t)
 {
-    if (instance != nullptr && object == static_cast<Singleton*>(instance))
+    T* const current = instance;
+    if (current != nullptr && object == static_cast<Singleton*>(current))
         release();
 }
 
 template <class T>
 void Singleton<T>::operator delete(void* object)
 {
-    if (instance != nullptr && object == dynamic_cast<void*>(instance))
+    T* const current = instance;
+    if (current != nullptr && object == dynamic_cast<void*>(current))
         release();
 }
 
@@ -93,10 +97,12 @@ void Singleton<T>::release()
     if (--references != 0)
         return;
     std::lock_guard<Mutex> guard(singletonMutex);
-    if (instance == nullptr)
+    T* const current = instance;
+    // A reference that was taken between the two steps keeps the instance.
+    if (current == nullptr || references != 0)
         return;
-    void* storage = dynamic_cast<void*>(instance);
-    instance->~T();
+    void* storage = dynamic_cast<void*>(current);
+    current->~T();
     ::operator delete(storage);
     instance = nullptr;
 }

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "JsonScanner.h"
+#include <corvane/foundation/SerialError.h>
+#include <memory>
+#include <simdjson.h>
+#include <string>
+#include <string_view>
+
+namespace Corvane
+{
+
+/// A text that is nested deeper than 64 levels.
+class NestingError : public SerialError
+{
+public:
+    using SerialError::SerialError;
+};
+
+/// One JSON text, parsed and checked whole: UTF-8, numbers, nesting of at most 64 levels, nothing after its value.
+///
+/// Parser and memory come from a few that the process keeps ready: a small text allocates nothing. Everything that a
+/// JsonText hands out lives as long as it. Not synchronised.
+///
+///     JsonText text(line);
+///     text.forEachMember([](std::string_view name, simdjson::dom::element value, std::string_view raw) { ... });
+class JsonText
+{
+public:
+    /// @throws SerialError  with what is wrong with the text; NestingError when that is its depth
+    explicit JsonText(std::string_view text);
+
+    simdjson::dom::element root() const { return rootElement; }
+
+    /// Calls `visit(name, value, raw)` for each member of the text's own object, in the order of the text; `raw` is the
+    /// value as it stands there. Nothing is called when the text is no object.
+    template <class Visitor>
+    void forEachMember(Visitor visit) const
+    {
+        simdjson::dom::object object;
+        if (rootElement.get(object) != simdjson::SUCCESS)
+            return;
+        JsonScanner scanner(getText());
+        scanner.enter();
+        for (const simdjson::dom::key_value_pair member : object) {
+            scanner.next();
+            visit(member.key, member.value, scanner.next());
+        }
+    }
+
+    /// Calls `visit(value, raw)` for each element of the text's own array, in order. Nothing is called when the text is
+    /// no array.
+    template <class Visitor>
+    void forEachElement(Visitor visit) const
+    {
+        simdjson::dom::array array;
+        if (rootElement.get(array) != simdjson::SUCCESS)
+            return;
+        JsonScanner scanner(getText());
+        scanner.enter();
+        for (const simdjson::dom::element element : array)
+            visit(element, scanner.next());
+    }
+
+    /// @return the value of the last member `name` of the text's own object as it stands in the text; empty when there
+    /// is none
+    std::string_view rawMember(std::string_view name) const;
+
+private:
+    struct Reader;
+    struct GiveBack {
+        void operator()(Reader* reader) const;
+    };
+
+    std::string_view getText() const;
+
+    const std::unique_ptr<Reader, GiveBack> reader;
+    simdjson::dom::element rootElement;
+};
+
+/// @param raw  a JSON string as it stands in a text, in its quotes
+/// @return the string that it means
+/// @throws SerialError  it is no JSON string
+std::string decodeString(std::string_view raw);
+
+} // namespace Corvane
