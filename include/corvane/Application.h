@@ -121,6 +121,10 @@ private:
     static void uninitSignalHandler(Application* application);
     static void signalHandler(int signal);
     bool needsPlatformHelper() const;
+    void startPlatformHelper();
+    /// The uid without a copy, so that the announcement of a fatal signal allocates nothing. `buffer` holds the text of
+    /// a process id.
+    const std::string& findUid(std::string& buffer) const;
     bool isChangeAllowed(const std::string& newState);
     template <class Call>
     void tellListeners(Call call);

@@ -98,8 +98,11 @@ public:
     /// @return the process's input driver; lives until the process ends
     MultiInputDriver* getInputDriver();
 
-private:
+protected:
+    /// Finds the launch parameters of a window; see the constructor.
     static IWindowManager::LaunchParameters findLaunchParameters(int argc, char** argv);
+
+private:
     template <class Call>
     void tellWindowListeners(Call call);
 

@@ -46,10 +46,10 @@ public:
     int onInputEvent(const IWindowEvent::InputEvent& event) override;
 
 private:
-    void connectInput();
+    void connectInput(unsigned int sessionIndex);
 
-    int argc;
-    char** argv;
+    [[maybe_unused]] int argc;    ///< kept, not read again
+    [[maybe_unused]] char** argv; ///< kept, not read again
     Window* window;
     APPRPCServer* server;     ///< owned
     InputDriver* inputDriver; ///< a counted reference

@@ -42,7 +42,8 @@ private:
 
     const char* const name;
     pthread_t handle{};
-    bool started = false;
+    bool started = false; ///< and not joined
+    std::atomic<bool> running{false};
     std::atomic<bool> stopRequested{false};
 };
 

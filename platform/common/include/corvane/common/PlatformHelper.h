@@ -25,7 +25,7 @@ public:
 
 private:
     const std::string token;
-    PlatformHelper* const nextFurther; ///< keeps the helpers that are left alone reachable
+    PlatformHelper* nextFurther = nullptr; ///< keeps the helpers that are left alone reachable
 };
 
 extern template class Singleton<PlatformHelper>;

@@ -30,7 +30,7 @@ public:
 
     /// Connects to nothing yet.
     explicit RPCClient(std::string serverName);
-    /// Ends the subscription and waits for a handler of it that runs.
+    /// Ends the subscription and waits for a handler of it that runs; so it is not to be called from a handler.
     ~RPCClient();
     RPCClient(const RPCClient&) = delete;
     RPCClient& operator=(const RPCClient&) = delete;
@@ -59,11 +59,11 @@ public:
     static std::vector<std::string> listServers();
 
 private:
-    struct Connection;
+    class Caller;
     class Subscription;
 
     const std::string serverName;
-    std::unique_ptr<Connection> connection;
+    const std::unique_ptr<Caller> caller;
     std::unique_ptr<Subscription> subscription;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <corvane/common/RPCDescription.h>
 #include <corvane/foundation/Export.h>
 #include <corvane/foundation/Mutex.h>
@@ -14,6 +15,10 @@ namespace Corvane
 {
 
 class RPCTransport;
+namespace RPCMessage
+{
+struct Call;
+}
 
 /// A control server: answers named calls of local clients and tells subscribers what changes.
 ///
@@ -67,20 +72,22 @@ public:
 protected:
     /// Waits until no handler runs. On the server's own thread it returns at once.
     void waitForHandler();
-    /// @return the OpenRPC document of this server
-    std::string discover() const;
 
     std::string name;
     std::map<std::string, MethodTable> interfaces;
-    RPCServerDescription description;
+    RPCServerDescription description; ///< what `rpc.discover` tells of the methods besides their names
 
 private:
     friend class RPCTransport;
 
+    std::string handleCall(const RPCMessage::Call& call);
+    std::string discover() const;
+
     unsigned int connectionLimit = DEFAULT_CONNECTION_LIMIT;
     Mutex listenersMutex;
     std::vector<IRPC::IRPCListener*> listeners;
-    std::unique_ptr<RPCTransport> transport;
+    std::atomic<bool> hasListeners{false}; ///< read without the lock, which a signal handler must not wait for
+    const std::unique_ptr<RPCTransport> transport;
 };
 
 } // namespace Corvane

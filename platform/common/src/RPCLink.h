@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <corvane/common/FileDescriptor.h>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Corvane
+{
+
+/// The client's end of a connection: sends and receives messages, each with a deadline. Not synchronised.
+class RPCLink
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// Connects. @throws RPCError  NO_SERVER, TIMED_OUT, BAD_ADDRESS, SYSTEM_FAILURE
+    RPCLink(const std::string& serverName, Clock::time_point deadline);
+
+    /// @return whether the server has closed the connection, so far as that can be seen without waiting
+    bool isClosed() const;
+
+    /// Sends a message; its line feed is added. @throws RPCError  TIMED_OUT, DISCONNECTED
+    void send(std::string message, Clock::time_point deadline);
+
+    /// Waits for the next message.
+    /// @param wakeUp  descriptor that ends the wait when it can be read, or -1
+    /// @return the message; nothing when `wakeUp` ended the wait
+    /// @throws RPCError  TIMED_OUT, DISCONNECTED, BAD_ANSWER (longer than any message may be)
+    std::optional<std::string> receive(Clock::time_point deadline, int wakeUp = -1);
+
+private:
+    bool wait(short events, Clock::time_point deadline, int wakeUp);
+    std::optional<std::string> takeMessage();
+
+    FileDescriptor socket;
+    std::string input;
+    std::size_t searched = 0; ///< so many bytes of `input` have no line feed
+};
+
+} // namespace Corvane

@@ -1,0 +1,317 @@
+#include "RPCTransport.h"
+
+#include "JsonText.h"
+#include "RPCAddress.h"
+#include "SignalBlock.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <corvane/common/RPCServer.h>
+#include <corvane/foundation/DebugPrint.h>
+#include <corvane/foundation/Deserializer.h>
+#include <fcntl.h>
+#include <mutex>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+
+namespace Corvane
+{
+
+namespace
+{
+
+using IRPC::RPCErrorObject;
+
+void addTo(const FileDescriptor& epoll, int descriptor, std::uint32_t events)
+{
+    epoll_event event{.events = events, .data = {.fd = descriptor}};
+    if (epoll_ctl(epoll.get(), EPOLL_CTL_ADD, descriptor, &event) != 0)
+        throw RPCAddress::systemError(RPCError::Reason::SYSTEM_FAILURE, "cannot wait for clients");
+}
+
+pid_t processOf(int socket)
+{
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+}
+
+iovec piece(std::string_view text)
+{
+    return {.iov_base = const_cast<char*>(text.data()), .iov_len = text.size()};
+}
+
+} // namespace
+
+RPCTransport::RPCTransport(RPCServer& server)
+    : ActiveObject("RPCTransport"),
+      server(server),
+      handlerMutex("RPCTransport::handler", 0),
+      connectionsMutex("RPCTransport::connections", 0)
+{
+}
+
+RPCTransport::~RPCTransport()
+{
+    close();
+}
+
+void RPCTransport::open()
+{
+    if (endpoint)
+        return;
+    endpoint.emplace(server.getName());
+    try {
+        epoll.reset(epoll_create1(EPOLL_CLOEXEC));
+        wakeUp.reset(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+        reserve.reset(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+        addTo(epoll, wakeUp.get(), EPOLLIN);
+        addTo(epoll, endpoint->getSocket(), EPOLLIN);
+        stopping = false;
+        ActiveObject::init();
+    } catch (...) {
+        endpoint.reset();
+        throw;
+    }
+}
+
+void RPCTransport::close()
+{
+    if (!endpoint)
+        return;
+    stopping = true;
+    // The event is never taken: it keeps the thread awake until it has seen that it is to stop.
+    eventfd_write(wakeUp.get(), 1);
+    ActiveObject::exit();
+    {
+        std::lock_guard guard(connectionsMutex);
+        subscribers = 0;
+        connections.clear();
+    }
+    endpoint.reset();
+    epoll.reset();
+    wakeUp.reset();
+    reserve.reset();
+}
+
+int RPCTransport::thread()
+{
+    ownThread = pthread_self();
+    std::array<epoll_event, 16> events{};
+    while (!stopping) {
+        const int count = epoll_wait(epoll.get(), events.data(), events.size(), -1);
+        for (int i = 0; i < count && !stopping; ++i) {
+            const int descriptor = events[static_cast<std::size_t>(i)].data.fd;
+            if (descriptor == endpoint->getSocket())
+                accept();
+            else if (auto found = connections.find(descriptor); found != connections.end())
+                serve(*found->second, events[static_cast<std::size_t>(i)].events);
+        }
+    }
+    ownThread = pthread_t{};
+    return 0;
+}
+
+void RPCTransport::waitForHandler()
+{
+    if (ownThread.load() != pthread_self())
+        std::lock_guard guard(handlerMutex);
+}
+
+void RPCTransport::notify(std::string_view name, std::string_view payload)
+{
+    if (subscribers.load() == 0)
+        return;
+    const iovec pieces[] = {piece(R"({"jsonrpc":"2.0","method":")"), piece(name), piece(R"(","params":)"),
+                            piece(payload), piece("}\n")};
+    // A signal handler announces STATE_ABORTED on this way: it must not interrupt its own thread while that holds the
+    // lock.
+    SignalBlock block;
+    std::lock_guard guard(connectionsMutex);
+    for (const auto& [socket, connection] : connections) {
+        if (connection->isSubscribedTo(name))
+            send(*connection, pieces, std::size(pieces));
+    }
+}
+
+void RPCTransport::accept()
+{
+    FileDescriptor socket(accept4(endpoint->getSocket(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    if (!socket.isOpen()) {
+        if (errno == EMFILE || errno == ENFILE)
+            acceptWithReserve();
+        return;
+    }
+    if (!RPCAddress::mayConnect(socket.get(), endpoint->getGroup()))
+        return turnAway(std::move(socket), "permission denied");
+    if (connections.size() >= server.connectionLimit)
+        return turnAway(std::move(socket), "too many connections");
+    const int descriptor = socket.get();
+    auto connection = std::make_unique<RPCConnection>(std::move(socket));
+    std::lock_guard guard(connectionsMutex);
+    addTo(epoll, descriptor, connection->watched = EPOLLIN);
+    connections.emplace(descriptor, std::move(connection));
+}
+
+void RPCTransport::acceptWithReserve()
+{
+    // Without this the waiting client would keep the thread awake for as long as descriptors are short.
+    reserve.reset();
+    FileDescriptor socket(accept4(endpoint->getSocket(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    if (socket.isOpen())
+        turnAway(std::move(socket), "the server has no file descriptor left");
+    reserve.reset(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+}
+
+void RPCTransport::turnAway(FileDescriptor socket, const char* reason)
+{
+    corvaneDebugPrint(DEBUG_WARNING, "RPCServer", "RPCTransport", __LINE__, "%s: client %d is turned away: %s\n",
+                      server.getName().c_str(), processOf(socket.get()), reason);
+    const std::string text = RPCMessage::errorReply("null", RPCErrorObject::CALL_FAILED, reason) + '\n';
+    const iovec whole = piece(text);
+    RPCConnection(std::move(socket)).send(&whole, 1);
+}
+
+void RPCTransport::serve(RPCConnection& connection, std::uint32_t events)
+{
+    if ((events & EPOLLOUT) != 0) {
+        std::lock_guard guard(connectionsMutex);
+        connection.flush();
+        watch(connection);
+    }
+    if (!connection.closing && (events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0)
+        read(connection);
+    std::lock_guard guard(connectionsMutex);
+    const bool lost = connection.getLoss() != RPCConnection::Loss::NONE || (events & EPOLLERR) != 0;
+    if (lost || (connection.closing && !connection.hasOutput()))
+        drop(connection);
+    else
+        watch(connection);
+}
+
+void RPCTransport::read(RPCConnection& connection)
+{
+    const ssize_t size = recv(connection.getSocket(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+    if (size > 0)
+        handleInput(connection, {buffer.data(), static_cast<std::size_t>(size)});
+    else if (size == 0 || (errno != EAGAIN && errno != EINTR))
+        finish(connection);
+}
+
+void RPCTransport::handleInput(RPCConnection& connection, std::string_view data)
+{
+    for (auto end = data.find('\n'); end != data.npos && !connection.closing && !stopping; end = data.find('\n')) {
+        const std::string_view line = data.substr(0, end);
+        data.remove_prefix(end + 1);
+        if (connection.input.empty()) {
+            handleMessage(connection, line);
+        } else {
+            const std::string message = std::exchange(connection.input, {}).append(line);
+            handleMessage(connection, message);
+        }
+    }
+    if (connection.closing)
+        return;
+    connection.input.append(data);
+    if (connection.input.size() > RPCMessage::SIZE_LIMIT)
+        refuse(connection, RPCErrorObject::INVALID_REQUEST, "the message is longer than 1048576 bytes");
+}
+
+void RPCTransport::handleMessage(RPCConnection& connection, std::string_view message)
+{
+    if (message.size() > RPCMessage::SIZE_LIMIT)
+        return refuse(connection, RPCErrorObject::INVALID_REQUEST, "the message is longer than 1048576 bytes");
+    std::string text;
+    try {
+        std::lock_guard guard(handlerMutex);
+        text = RPCMessage::answer(message, [&](const RPCMessage::Call& call) { return handleCall(connection, call); });
+    } catch (const NestingError& error) {
+        return refuse(connection, RPCErrorObject::PARSE_ERROR, error.what());
+    }
+    if (!text.empty())
+        send(connection, std::move(text));
+}
+
+std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage::Call& call)
+{
+    if (call.interface.empty() && (call.method == "rpc.subscribe" || call.method == "rpc.unsubscribe"))
+        return handleSubscription(connection, call);
+    return server.handleCall(call);
+}
+
+std::string RPCTransport::handleSubscription(RPCConnection& connection, const RPCMessage::Call& call)
+{
+    const IRPC::RPCSynchronousMethodObject request(call.interface, call.method, call.parameters, call.id);
+    std::vector<std::string> patterns;
+    try {
+        patterns = RPCMessage::notificationPatterns(call.parameters);
+    } catch (const SerialError& error) {
+        return RPCErrorObject(request, error.what(), RPCErrorObject::INVALID_PARAMETERS).serialize();
+    }
+    std::lock_guard guard(connectionsMutex);
+    if (call.method == "rpc.unsubscribe")
+        connection.unsubscribe(patterns);
+    else if (!connection.subscribe(std::move(patterns)))
+        return RPCErrorObject(request, "too many subscriptions").serialize();
+    countSubscribers();
+    return IRPC::RPCReturnObject(request).serialize();
+}
+
+void RPCTransport::refuse(RPCConnection& connection, int code, const std::string& reason)
+{
+    corvaneDebugPrint(DEBUG_WARNING, "RPCServer", "RPCTransport", __LINE__, "%s: client %d is disconnected: %s\n",
+                      server.getName().c_str(), processOf(connection.getSocket()), reason.c_str());
+    send(connection, RPCMessage::errorReply("null", code, reason));
+    finish(connection);
+}
+
+void RPCTransport::finish(RPCConnection& connection)
+{
+    std::lock_guard guard(connectionsMutex);
+    connection.closing = true;
+}
+
+void RPCTransport::send(RPCConnection& connection, std::string text)
+{
+    // A message is a line. In JSON a line feed can only be white space, so a handler's text keeps its meaning.
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    text += '\n';
+    const iovec whole = piece(text);
+    std::lock_guard guard(connectionsMutex);
+    send(connection, &whole, 1);
+}
+
+void RPCTransport::send(RPCConnection& connection, const iovec* pieces, int count)
+{
+    connection.send(pieces, count);
+    watch(connection);
+}
+
+void RPCTransport::watch(RPCConnection& connection)
+{
+    const std::uint32_t wanted = (connection.closing ? 0U : EPOLLIN) | (connection.hasOutput() ? EPOLLOUT : 0U);
+    if (connection.watched == wanted)
+        return;
+    connection.watched = wanted;
+    epoll_event event{.events = wanted, .data = {.fd = connection.getSocket()}};
+    epoll_ctl(epoll.get(), EPOLL_CTL_MOD, connection.getSocket(), &event);
+}
+
+void RPCTransport::drop(RPCConnection& connection)
+{
+    if (connection.getLoss() == RPCConnection::Loss::BEHIND)
+        corvaneDebugPrint(DEBUG_WARNING, "RPCServer", "RPCTransport", __LINE__,
+                          "%s: client %d is disconnected: it does not read what it is sent\n", server.getName().c_str(),
+                          processOf(connection.getSocket()));
+    connections.erase(connection.getSocket());
+    countSubscribers();
+}
+
+void RPCTransport::countSubscribers()
+{
+    subscribers = static_cast<unsigned int>(std::count_if(
+        connections.begin(), connections.end(), [](const auto& entry) { return entry.second->hasSubscriptions(); }));
+}
+
+} // namespace Corvane
