@@ -1,0 +1,182 @@
+#include <corvane/Application.h>
+
+#include <algorithm>
+#include <corvane/common/PlatformHelper.h>
+#include <corvane/common/TaskDelay.h>
+#include <mutex>
+
+namespace Corvane
+{
+
+namespace
+{
+
+using Listener = IApplication::IApplicationListener;
+
+} // namespace
+
+Application::Application(int argc, char** argv)
+    : launchParameters(findApplicationLaunchParameters(argc, argv)),
+      argc(argc),
+      argv(argv),
+      platformHelper(nullptr),
+      keepAliveThread(this),
+      listenersMutex("Application::listenersMutex", 0),
+      listenersChanged(false),
+      state(STATE_UNINITIALIZED),
+      stopRequested(false),
+      lastSampleTimeUs(0),
+      lastCpuTimeUs(0)
+{
+}
+
+void Application::init()
+{
+    ComplexObject::init();
+    setState(STATE_LOADING);
+    initSignalHandler(this);
+    if (needsPlatformHelper())
+        startPlatformHelper();
+    if (runsInMain())
+        keepAliveThread.init();
+}
+
+void Application::startPlatformHelper()
+{
+#pragma GCC diagnostic push
+#if defined(__GNUC__) && !defined(__clang__)
+// Where g++ expands the Singleton's operator new in line, it no longer sees that its operator delete belongs to it.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
+    platformHelper = new PlatformHelper(launchParameters.getAuthorizationToken());
+#pragma GCC diagnostic pop
+    platformHelper->startHelper();
+}
+
+Application::~Application()
+{
+    delete platformHelper;
+    uninitSignalHandler(this);
+    Application::setState(STATE_TERMINATED);
+    // The thread tells the listeners: it has to end before they, their mutex and the state are destroyed, and its own
+    // object comes after them.
+    keepAliveThread.exit();
+}
+
+void Application::run()
+{
+    constexpr unsigned int KEEP_ALIVE_INTERVAL_MS = 5000;
+    if (runsInMain())
+        return;
+    while (!stopRequested) {
+        const std::string current = getState();
+        if (current == STATE_TERMINATED || current == STATE_RUNAWAY)
+            return;
+        onKeepAlive(getUid(), getState());
+        OS_TaskDelayMsec(KEEP_ALIVE_INTERVAL_MS);
+    }
+}
+
+bool Application::runsInMain()
+{
+    return false;
+}
+
+std::string Application::getState()
+{
+    return state;
+}
+
+void Application::setState(const std::string& newState)
+{
+    if (!isChangeAllowed(newState))
+        return;
+    const std::string oldState = state;
+    state = newState;
+    std::string buffer;
+    onStateChange(findUid(buffer), oldState, newState);
+}
+
+bool Application::isChangeAllowed(const std::string& newState)
+{
+    if (getState() == newState)
+        return false;
+    if (newState == STATE_LOADING)
+        return getState() == STATE_UNINITIALIZED;
+    if (newState == STATE_SUSPENDING)
+        return getState() == STATE_LOADING || getState() == STATE_RUNNING;
+    if (newState == STATE_RESUMING)
+        return getState() == STATE_SUSPENDING || getState() == STATE_SUSPENDED;
+    if (newState == STATE_TERMINATING)
+        return getState() != STATE_TERMINATED;
+    // Deliberate: the owner of the process sets the states of completion, and the way to ABORTED is never barred.
+    return true;
+}
+
+void Application::activate()
+{
+    setState(STATE_RESUMING);
+}
+
+void Application::suspend()
+{
+    setState(STATE_SUSPENDING);
+}
+
+void Application::terminate()
+{
+    setState(STATE_TERMINATING);
+}
+
+void Application::onKeepAlive(const std::string& uid, const std::string& state)
+{
+    tellListeners([&](Listener& listener) { listener.onKeepAlive(uid, state); });
+}
+
+void Application::onStateChange(const std::string& uid, const std::string& oldState, const std::string& newState)
+{
+    tellListeners([&](Listener& listener) { listener.onStateChange(uid, oldState, newState); });
+}
+
+template <class Call>
+void Application::tellListeners(Call call)
+{
+    std::unique_lock<Mutex> lock(listenersMutex);
+    // An index, since the list may be another one after each call.
+    for (std::size_t position = 0; position < listeners.size(); ++position) {
+        Listener* const listener = listeners[position];
+        lock.unlock();
+        if (listener != nullptr)
+            call(*listener);
+        lock.lock();
+        // Deliberate: the walk advances after it was set back, so it goes on with the second entry. The first is not
+        // called again, others may be called twice, and a list that has become empty ends the walk.
+        if (listenersChanged) {
+            position = 0;
+            listenersChanged = false;
+        }
+    }
+}
+
+void Application::addListener(IListener* listener)
+{
+    const std::lock_guard<Mutex> guard(listenersMutex);
+    auto* const wanted = dynamic_cast<Listener*>(listener);
+    if (wanted == nullptr || std::find(listeners.begin(), listeners.end(), wanted) != listeners.end())
+        return;
+    listeners.push_back(wanted);
+    listenersChanged = true;
+}
+
+void Application::removeListener(IListener* listener)
+{
+    const std::lock_guard<Mutex> guard(listenersMutex);
+    auto* const unwanted = dynamic_cast<Listener*>(listener);
+    const auto entry = std::find(listeners.begin(), listeners.end(), unwanted);
+    if (unwanted == nullptr || entry == listeners.end())
+        return;
+    listeners.erase(entry);
+    listenersChanged = true;
+}
+
+} // namespace Corvane

@@ -1,0 +1,129 @@
+#include <corvane/Application.h>
+
+#include <algorithm>
+#include <corvane/Foundation.h>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <execinfo.h>
+#include <mutex>
+#include <sys/types.h>
+
+namespace Corvane
+{
+
+std::vector<Application*> applications;
+Mutex shutdownMutex("Application::shutdownHandler", 0);
+
+namespace
+{
+
+constexpr char MODULE[] = "Application";
+constexpr char COMPONENT[] = "Application";
+
+struct HandledSignal {
+    int number;
+    bool wantsBackTrace;
+    struct sigaction previous; ///< what was in force before the first application of the process
+};
+
+HandledSignal handledSignals[] = {
+    {SIGILL, true, {}},
+    {SIGABRT, true, {}},
+    {SIGFPE, true, {}},
+    // Deliberate: it cannot be caught. The attempt to install the handler fails without notice.
+    {SIGKILL, false, {}},
+    {SIGSEGV, true, {}},
+    {SIGTERM, false, {}},
+    {SIGBUS, true, {}},
+};
+
+/// Calls of initSignalHandler that have not been undone. Guarded by `shutdownMutex`.
+unsigned int signalUsers = 0;
+
+void installSignalHandlers(void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    for (HandledSignal& handled : handledSignals) {
+        sigaction(handled.number, nullptr, &handled.previous);
+        if (handled.previous.sa_handler != SIG_IGN)
+            sigaction(handled.number, &action, nullptr);
+    }
+}
+
+void restoreSignalHandlers()
+{
+    for (const HandledSignal& handled : handledSignals)
+        sigaction(handled.number, &handled.previous, nullptr);
+}
+
+/// One application's listeners must not keep the others from hearing of the end, nor the process from ending: no
+/// exception leaves a signal handler.
+void announceAbort(Application& application)
+{
+    try {
+        application.setState(ILifecycleManagement::STATE_ABORTED);
+    } catch (...) {
+        corvaneDebugPrint(DEBUG_ERROR, MODULE, COMPONENT, __LINE__, "%s(): caught unknown exception\n", __func__);
+    }
+}
+
+void printBackTrace()
+{
+    constexpr int FRAME_LIMIT = 10;
+    void* frames[FRAME_LIMIT];
+    const int count = backtrace(frames, FRAME_LIMIT);
+    char** const lines = backtrace_symbols(frames, count);
+    std::printf("Obtained %zd stack frames.\n", static_cast<ssize_t>(count));
+    for (int i = 0; lines != nullptr && i < count; ++i)
+        std::puts(lines[i]);
+    std::free(lines);
+    // The process dies without flushing anything.
+    std::fflush(stdout);
+}
+
+} // namespace
+
+void Application::initSignalHandler(Application* application)
+{
+    const std::lock_guard<Mutex> guard(shutdownMutex);
+    if (signalUsers++ == 0)
+        installSignalHandlers(&Application::signalHandler);
+    applications.push_back(application);
+}
+
+void Application::uninitSignalHandler(Application* application)
+{
+    const std::lock_guard<Mutex> guard(shutdownMutex);
+    const auto entry = std::find(applications.begin(), applications.end(), application);
+    if (entry != applications.end())
+        applications.erase(entry);
+    // Deliberate: counted down for an application that was never initialised, too, and it wraps then.
+    if (--signalUsers == 0)
+        restoreSignalHandlers();
+}
+
+// Deliberate: a mutex, listeners and formatted output are not safe in a signal handler. The managers must hear of the
+// end of this process, and it ends anyway. Only a fault under `shutdownMutex` itself hangs.
+void Application::signalHandler(int signal)
+{
+    corvaneDebugPrint(DEBUG_NOTICE, MODULE, COMPONENT, __LINE__, "Received Signal [%s]\n", strsignal(signal));
+    const auto* const handled = std::find_if(std::begin(handledSignals), std::end(handledSignals),
+                                             [signal](const HandledSignal& each) { return each.number == signal; });
+    if (handled == std::end(handledSignals))
+        return;
+    {
+        const std::lock_guard<Mutex> guard(shutdownMutex);
+        for (Application* application : applications)
+            announceAbort(*application);
+    }
+    if (handled->wantsBackTrace)
+        printBackTrace();
+    restoreSignalHandlers();
+    raise(signal);
+}
+
+} // namespace Corvane
