@@ -1,0 +1,56 @@
+#include "HandlerGuard.h"
+#include <corvane/APPRPCServer.h>
+
+/// The handlers of IApplication. A change of state that the application refuses is silent there, so the reply says only
+/// that the call was delivered. The operations are called in their forms for remote callers; a call does not carry the
+/// caller's uid, so that is empty.
+namespace Corvane
+{
+
+std::string APPRPCServer::getState(const IRPC::RPCSynchronousMethodObject& request)
+{
+    return guardHandler(__func__, request, [&] {
+        return callTarget(request, getSingleton(), [](IApplication& target) { return target.getState(std::string()); });
+    });
+}
+
+std::string APPRPCServer::setState(const IRPC::RPCSynchronousMethodObject& request)
+{
+    return guardHandler(__func__, request, [&] {
+        Deserializer parameters(request.getParameters());
+        const auto state = deserialize<std::string>("requestedState", parameters);
+        return callTarget(request, getSingleton(),
+                          [&](IApplication& target) { target.setState(std::string(), state); });
+    });
+}
+
+std::string APPRPCServer::activate(const IRPC::RPCSynchronousMethodObject& request)
+{
+    return guardHandler(__func__, request, [&] {
+        return callTarget(request, getSingleton(), [](IApplication& target) { target.activate(std::string()); });
+    });
+}
+
+std::string APPRPCServer::suspend(const IRPC::RPCSynchronousMethodObject& request)
+{
+    return guardHandler(__func__, request, [&] {
+        return callTarget(request, getSingleton(), [](IApplication& target) { target.suspend(std::string()); });
+    });
+}
+
+std::string APPRPCServer::terminate(const IRPC::RPCSynchronousMethodObject& request)
+{
+    return guardHandler(__func__, request, [&] {
+        return callTarget(request, getSingleton(), [](IApplication& target) { target.terminate(std::string()); });
+    });
+}
+
+std::string APPRPCServer::getRuntimeStatistics(const IRPC::RPCSynchronousMethodObject& request)
+{
+    return guardHandler(__func__, request, [&] {
+        return callTarget(request, getSingleton(),
+                          [](IApplication& target) { return target.getRuntimeStatistics(std::string()); });
+    });
+}
+
+} // namespace Corvane
