@@ -121,7 +121,6 @@ private:
     static void uninitSignalHandler(Application* application);
     static void signalHandler(int signal);
     bool needsPlatformHelper() const;
-    void startPlatformHelper();
     /// The uid without a copy, so that the announcement of a fatal signal allocates nothing. `buffer` holds the text of
     /// a process id.
     const std::string& findUid(std::string& buffer) const;

@@ -1,0 +1,120 @@
+#include "DrivenProcess.h"
+
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+namespace Corvane::Test
+{
+
+namespace
+{
+
+/// What a death by each signal must look like from outside.
+struct Death {
+    int signal;
+    bool backTrace;
+};
+
+class DyingWindow : public DrivenProcess, public testing::WithParamInterface<Death>
+{
+protected:
+    void expectAnnouncedDeath(Announcements& announcements)
+    {
+        EXPECT_EQ(announcements.untilGone(), std::vector<std::string>{changeOf("RUNNING", "ABORTED")});
+        EXPECT_EQ(process.wait().signal, GetParam().signal);
+        const std::string output = process.getOutput();
+        EXPECT_EQ(output.find("Obtained ") != output.npos, GetParam().backTrace) << output;
+    }
+};
+
+TEST_P(DyingWindow, AnnouncesItsAbortionLastAndDiesOfTheSignal)
+{
+    Announcements announcements(client);
+    process.sendSignal(GetParam().signal);
+    expectAnnouncedDeath(announcements);
+}
+
+TEST_P(DyingWindow, AnnouncesItsAbortionFromInsideACallToo)
+{
+    if (GetParam().signal == SIGTERM) {
+        // No fault of a thread: the server's thread holds it off, and a call that asks for it ends like any other.
+        EXPECT_EQ(call("IWindow::handleEvent", R"({"event":{"type":"KeyEvent","keyCode":15,"pressed":true}})"), true);
+        return;
+    }
+    Announcements announcements(client);
+    const std::string event =
+        R"({"event":{"type":"KeyEvent","keyCode":)" + std::to_string(GetParam().signal) + R"(,"pressed":true}})";
+    EXPECT_EQ(errorOf("IWindow::handleEvent", event), "the server has closed the connection");
+    expectAnnouncedDeath(announcements);
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, DyingWindow,
+                         testing::Values(Death{SIGILL, true}, Death{SIGABRT, true}, Death{SIGFPE, true},
+                                         Death{SIGSEGV, true}, Death{SIGTERM, false}, Death{SIGBUS, true}),
+                         [](const auto& info) { return std::string("Signal") + sigabbrev_np(info.param.signal); });
+
+using KilledWindow = DrivenProcess;
+
+TEST_F(KilledWindow, BySigkillAnnouncesNothing)
+{
+    Announcements announcements(client);
+    process.sendSignal(SIGKILL);
+    EXPECT_TRUE(announcements.untilGone().empty());
+    EXPECT_EQ(process.wait().signal, SIGKILL);
+    EXPECT_TRUE(RPCClient::listServers().empty()) << "a socket without a server is no server";
+}
+
+TEST_F(KilledWindow, WhileItIsCalledDiesOfTheSignalAndAnswersOrDisconnects)
+{
+    std::atomic<bool> stop{false};
+    std::vector<std::jthread> callers;
+    for (int t = 0; t < 3; ++t)
+        callers.emplace_back([this, &stop] {
+            RPCClient caller(client.getServerName());
+            while (!stop) {
+                try {
+                    caller.call("IWindow::setOpacity", R"({"opacity":1})", DEADLINE);
+                } catch (const RPCError& error) {
+                    // Between the announcement and the end of the process the window is not to be had any more.
+                    const bool dying = error.getReason() == RPCError::Reason::CALL_FAILED &&
+                                       std::string(error.what()) == "invalid proxy";
+                    const bool dead = error.getReason() == RPCError::Reason::DISCONNECTED ||
+                                      error.getReason() == RPCError::Reason::NO_SERVER;
+                    EXPECT_TRUE(dying || dead) << error.what();
+                }
+            }
+        });
+    Announcements announcements(client);
+    std::string announcement;
+    for (int i = 0; i < 100; ++i)
+        ASSERT_TRUE(announcements.box.take(announcement)); // the calls are under way
+    process.sendSignal(SIGTERM);
+    EXPECT_EQ(process.wait().signal, SIGTERM) << process.getError();
+    stop = true;
+}
+
+TEST_F(KilledWindow, LeavesItsNameToTheNextProcess)
+{
+    process.sendSignal(SIGKILL);
+    process.wait();
+    ChildProcess next({DRIVEN_WINDOW, "--application-type=test", std::string("--authorization-token=") + UID});
+    ASSERT_TRUE(next.awaitOutput("running")) << next.getError();
+    EXPECT_EQ(call("IApplication::getState"), "RUNNING");
+}
+
+#ifndef SANITIZED
+TEST_F(KilledWindow, InsideMallocStillAnnouncesItsAbortionAndDies)
+{
+    Announcements announcements(client);
+    const std::string event =
+        R"({"event":{"type":"KeyEvent","keyCode":)" + std::to_string(1000 + SIGTERM) + R"(,"pressed":true}})";
+    EXPECT_EQ(errorOf("IWindow::handleEvent", event), "the server has closed the connection");
+    EXPECT_EQ(announcements.untilGone(), std::vector<std::string>{changeOf("RUNNING", "ABORTED")});
+    EXPECT_EQ(process.wait().signal, SIGTERM);
+}
+#endif
+
+} // namespace
+
+} // namespace Corvane::Test

@@ -1,0 +1,75 @@
+#include "BrokenHeap.h"
+#include "PlainWindow.h"
+
+#include <corvane/WindowExec.h>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+namespace Corvane::Test
+{
+
+namespace
+{
+
+/// A window that runs until it is told to terminate, and dies in the way that a key event asks for.
+class DrivenWindow : public PlainWindow
+{
+public:
+    using PlainWindow::PlainWindow;
+    using PlainWindow::terminate;
+
+    void init() override
+    {
+        PlainWindow::init();
+        setState(STATE_RUNNING);
+        std::puts("running");
+        std::fflush(stdout);
+    }
+    void terminate() override
+    {
+        PlainWindow::terminate();
+        setState(STATE_TERMINATED);
+    }
+    using PlainWindow::handleEvent;
+    bool handleEvent(const Event& event) override
+    {
+        std::printf("event %s\n", event.SerialObject::serialize().c_str());
+        std::fflush(stdout);
+        if (event.getTypeName() != IWindowEvent::KeyEvent::TYPE_NAME)
+            return false;
+        const auto& key = dynamic_cast<const IWindowEvent::KeyEvent&>(event);
+        if (key.getPressed())
+            die(static_cast<int>(key.getKeyCode()));
+        return true;
+    }
+
+private:
+    /// @param way  a signal to die of, or that plus 1000 to get it inside malloc; anything else: live on
+    static void die(int way)
+    {
+        if (way == SIGSEGV) {
+            volatile int* volatile nowhere = nullptr;
+            *nowhere = 1;
+        }
+        if (way == SIGABRT)
+            std::abort();
+        if (way == SIGTERM || way == SIGBUS || way == SIGILL || way == SIGFPE)
+            std::raise(way);
+#ifdef BREAKABLE_HEAP
+        if (way > 1000)
+            raiseInsideMalloc(way - 1000);
+#endif
+    }
+};
+
+} // namespace
+
+} // namespace Corvane::Test
+
+int main(int argc, char** argv)
+{
+    Corvane::WindowExec exec(argc, argv);
+    Corvane::Test::DrivenWindow window(argc, argv);
+    exec.run(&window);
+}
