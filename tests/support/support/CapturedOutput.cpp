@@ -1,10 +1,12 @@
 #include <support/CapturedOutput.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
-#include <regex>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 #include <sys/mman.h>
 
 namespace Corvane::Test
@@ -17,6 +19,30 @@ int orThrow(int result, const char* operation)
 {
     if (result == -1)
         throw std::runtime_error(std::string(operation) + " failed");
+    return result;
+}
+
+/// "TIME PROCESS[PID] LEVEL MODULE COMPONENT:LINE MESSAGE"
+std::optional<DebugLine> parseDebugLine(const std::string& line)
+{
+    constexpr std::string_view TIME = "2026-11-21T09:00:00.123Z ";
+    if (line.size() < TIME.size() || line[10] != TIME[10] || line.compare(TIME.size() - 2, 2, "Z ") != 0)
+        return {};
+    const std::size_t open = line.find('[', TIME.size());
+    const std::size_t close = line.find("] ", open);
+    if (close == std::string::npos)
+        return {};
+    DebugLine result{
+        line.substr(TIME.size(), open - TIME.size()), std::atoi(line.c_str() + open + 1), ' ', "", "", 0, ""};
+    std::istringstream rest(line.substr(close + 2));
+    std::string place;
+    rest >> result.level >> result.module >> place;
+    const std::size_t colon = place.rfind(':');
+    if (!rest || rest.get() != ' ' || colon == std::string::npos)
+        return {};
+    result.component = place.substr(0, colon);
+    result.line = std::atoi(place.c_str() + colon + 1);
+    std::getline(rest, result.message);
     return result;
 }
 
@@ -84,15 +110,10 @@ std::vector<std::string> splitLines(const std::string& text)
 
 std::vector<DebugLine> parseDebugLines(const std::string& text)
 {
-    static const std::regex HEAD(
-        R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z (.+?)\[(\d+)\] ([EWIN]) (\S+) (\S+):(\d+) )");
     std::vector<DebugLine> result;
-    for (const std::string& line : splitLines(text)) {
-        std::smatch part;
-        if (std::regex_search(line, part, HEAD, std::regex_constants::match_continuous))
-            result.push_back(
-                {part[1], std::stoi(part[2]), part[3].str()[0], part[4], part[5], std::stoi(part[6]), part.suffix()});
-    }
+    for (const std::string& line : splitLines(text))
+        if (const auto parsed = parseDebugLine(line))
+            result.push_back(*parsed);
     return result;
 }
 

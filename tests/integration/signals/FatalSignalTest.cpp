@@ -1,0 +1,183 @@
+#include "Victim.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <support/CapturedOutput.h>
+
+namespace Corvane::Test
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string ANNOUNCEMENT = "application 0: LOADING\napplication 0: ABORTED\n";
+
+/// Requires that `text` is one back trace and nothing else. @return the number of its frames
+int expectBackTrace(const std::string& text)
+{
+    const auto lines = splitLines(text);
+    int frames = -1;
+    if (lines.empty() || std::sscanf(lines[0].c_str(), "Obtained %d stack frames.", &frames) != 1) {
+        ADD_FAILURE() << "no back trace: " << text;
+        return frames;
+    }
+    EXPECT_EQ(lines[0], "Obtained " + std::to_string(frames) + " stack frames.");
+    EXPECT_GE(frames, 1);
+    EXPECT_LE(frames, 10);
+    EXPECT_EQ(lines.size(), static_cast<std::size_t>(frames) + 1) << text;
+    return frames;
+}
+
+void expectLogOf(int signal, const Victim& victim)
+{
+    const auto lines = parseDebugLines(victim.getError());
+    ASSERT_EQ(lines.size(), 1u) << victim.getError();
+    EXPECT_EQ(lines[0].message, "Received Signal [" + std::string(strsignal(signal)) + "]");
+    EXPECT_EQ(lines[0].level, 'N');
+    EXPECT_EQ(lines[0].module, "Application");
+    EXPECT_EQ(lines[0].component, "Application");
+}
+
+/// Announced, traced, and then dead of the signal itself.
+void expectCrash(Victim& victim, int signal, const std::string& before = ANNOUNCEMENT)
+{
+    EXPECT_EQ(victim.wait().signal, signal) << victim.getOutput() << victim.getError();
+    const std::string output = victim.getOutput();
+    ASSERT_EQ(output.substr(0, before.size()), before);
+    expectBackTrace(output.substr(before.size()));
+    expectLogOf(signal, victim);
+}
+
+struct Fault {
+    const char* word;
+    int signal;
+};
+
+class RealFault : public testing::TestWithParam<Fault>
+{
+};
+
+TEST_P(RealFault, IsAnnouncedTracedAndThenEndsTheProcess)
+{
+    Victim victim({"create", GetParam().word});
+    expectCrash(victim, GetParam().signal);
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, RealFault,
+                         testing::Values(Fault{"fault-segv", SIGSEGV}, Fault{"fault-segv-on-thread", SIGSEGV},
+                                         Fault{"fault-bus", SIGBUS}, Fault{"fault-ill", SIGILL},
+                                         Fault{"abort", SIGABRT}),
+                         [](const auto& each) {
+                             std::string name = each.param.word;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+#ifdef DIVISION_BY_ZERO_TRAPS
+TEST(FatalSignal, IsRaisedByTwoStatisticsWithinOneMicrosecond)
+{
+    Victim victim({"create", "statistics-twice-at-once"});
+    expectCrash(victim, SIGFPE);
+}
+#endif
+
+class SignalFromOutside : public testing::TestWithParam<int>
+{
+};
+
+TEST_P(SignalFromOutside, IsAnnouncedTracedAndThenEndsTheProcess)
+{
+    Victim victim({"create", "wait"});
+    ASSERT_TRUE(victim.awaitOutput("waiting\n"));
+    victim.sendSignal(GetParam());
+
+    expectCrash(victim, GetParam(), "application 0: LOADING\nwaiting\napplication 0: ABORTED\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, SignalFromOutside, testing::Values(SIGILL, SIGABRT, SIGFPE, SIGSEGV, SIGBUS),
+                         [](const auto& each) { return std::string(sigabbrev_np(each.param)); });
+
+TEST(FatalSignal, TermIsAnnouncedWithoutABackTrace)
+{
+    Victim victim({"create", "wait"});
+    ASSERT_TRUE(victim.awaitOutput("waiting\n"));
+    victim.sendSignal(SIGTERM);
+
+    EXPECT_EQ(victim.wait().signal, SIGTERM);
+    EXPECT_EQ(victim.getOutput(), "application 0: LOADING\nwaiting\napplication 0: ABORTED\n");
+    expectLogOf(SIGTERM, victim);
+}
+
+TEST(FatalSignal, KillIsNotAnnounced)
+{
+    Victim victim({"create", "wait"});
+    ASSERT_TRUE(victim.awaitOutput("waiting\n"));
+    victim.sendSignal(SIGKILL);
+
+    EXPECT_EQ(victim.wait().signal, SIGKILL);
+    EXPECT_EQ(victim.getOutput(), "application 0: LOADING\nwaiting\n");
+    EXPECT_EQ(victim.getError(), "");
+}
+
+TEST(FatalSignal, TracesTenFramesOfADeepStack)
+{
+    Victim victim({"create", "fault-segv-deep"});
+    ASSERT_EQ(victim.wait().signal, SIGSEGV);
+
+    EXPECT_EQ(expectBackTrace(victim.getOutput().substr(ANNOUNCEMENT.size())), 10);
+}
+
+TEST(FatalSignal, IsAnnouncedByEveryApplicationInTheOrderOfTheirInitialisation)
+{
+    Victim victim({"create", "create", "create", "destroy-first", "raise-term"});
+
+    EXPECT_EQ(victim.wait().signal, SIGTERM);
+    EXPECT_THAT(splitLines(victim.getOutput()),
+                ElementsAre("application 0: LOADING", "application 1: LOADING", "application 2: LOADING",
+                            "application 1: ABORTED", "application 2: ABORTED"));
+}
+
+TEST(FatalSignal, IsAnnouncedByTheOthersAndEndsTheProcessEvenWhenAListenerThrows)
+{
+    Victim victim({"create", "let-listener-throw", "create", "raise-term"});
+
+    EXPECT_EQ(victim.wait().signal, SIGTERM);
+    EXPECT_THAT(victim.getOutput(), HasSubstr("application 0: ABORTED\napplication 1: ABORTED\n"));
+    EXPECT_THAT(victim.getError(), HasSubstr("announceAbort(): caught unknown exception"));
+}
+
+TEST(FatalSignal, RunsTheActionThatWasThereBeforeTheLibrarys)
+{
+    Victim victim({"own-action-for-term", "create", "raise-term"});
+
+    EXPECT_EQ(victim.wait().status, 42);
+    EXPECT_EQ(victim.getOutput(), ANNOUNCEMENT);
+}
+
+TEST(FatalSignal, ThatWasIgnoredBeforeInitStaysIgnored)
+{
+    Victim victim({"ignore-term", "create", "raise-term", "alive"});
+
+    EXPECT_EQ(victim.wait().status, 0);
+    EXPECT_THAT(victim.getOutput(), HasSubstr("application 0: LOADING\nalive\n"));
+    EXPECT_THAT(victim.getOutput(), Not(HasSubstr("ABORTED")));
+}
+
+TEST(FatalSignal, OfAnotherKindOnlyLeavesALineWhenTheHandlerGetsIt)
+{
+    Victim victim({"create", "call-handler-with-usr1", "report"});
+
+    EXPECT_EQ(victim.wait().status, 0);
+    EXPECT_THAT(victim.getOutput(), HasSubstr("LOADING\nreturned\nILL:handled ABRT:handled"));
+    EXPECT_THAT(victim.getOutput(), Not(HasSubstr("ABORTED")));
+    expectLogOf(SIGUSR1, victim);
+}
+
+} // namespace
+} // namespace Corvane::Test

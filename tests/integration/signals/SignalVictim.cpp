@@ -1,0 +1,214 @@
+#include <corvane/Application.h>
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <dlfcn.h>
+#include <functional>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <thread>
+#include <unistd.h>
+
+// A program for tests of signals: it does what the words of its command line say, one after the other, and tells on
+// standard output what happens.
+
+namespace
+{
+
+using Corvane::Application;
+using Corvane::ILifecycleManagement;
+
+constexpr int HANDLED[] = {SIGILL, SIGABRT, SIGFPE, SIGKILL, SIGSEGV, SIGTERM, SIGBUS};
+
+bool tracesActions = false;
+bool clockStands = false;
+
+/// Tells without a buffer: the process may die at any time.
+[[gnu::format(printf, 1, 2)]] void tell(const char* format, ...)
+{
+    char line[256];
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(line, sizeof line, format, arguments);
+    va_end(arguments);
+    if (write(STDOUT_FILENO, line, static_cast<std::size_t>(length)) != length)
+        _exit(99);
+}
+
+/// An application that tells each change of its state.
+class Victim : public Application
+{
+public:
+    Victim(int argc, char** argv, int number) : Application(argc, argv), listener(number) { addListener(&listener); }
+    ~Victim() override { removeListener(&listener); }
+
+    struct Listener : Corvane::IApplication::IApplicationListener {
+        explicit Listener(int number) : number(number) {}
+        void onKeepAlive(const std::string&, const std::string&) override {}
+        void onStateChange(const std::string&, const std::string&, const std::string& newState) override
+        {
+            tell("application %d: %s\n", number, newState.c_str());
+            if (throwsWhenAborted && newState == ILifecycleManagement::STATE_ABORTED)
+                throw std::runtime_error("listener");
+        }
+        const int number;
+        bool throwsWhenAborted = false;
+    } listener;
+};
+
+[[gnu::noinline]] void faultInMemory(int depth)
+{
+    if (depth > 0)
+        faultInMemory(depth - 1);
+    else
+        *static_cast<volatile char*>(mmap(nullptr, 1, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) = 1;
+    // Behind the call, so that it is no tail call and each level has a frame.
+    tell("still here\n");
+}
+
+void faultOnBus()
+{
+    const int emptyFile = memfd_create("empty", MFD_CLOEXEC);
+    *static_cast<volatile char*>(mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, emptyFile, 0)) = 1;
+}
+
+const char* nameOf(int signal)
+{
+    return sigabbrev_np(signal);
+}
+
+void exitWith42(int)
+{
+    _exit(42);
+}
+
+void reportActions()
+{
+    for (const int signal : HANDLED) {
+        struct sigaction action = {};
+        sigaction(signal, nullptr, &action);
+        const bool isOwn = action.sa_handler == exitWith42;
+        const char* const what = action.sa_handler == SIG_DFL   ? "default"
+                                 : action.sa_handler == SIG_IGN ? "ignored"
+                                 : isOwn                        ? "own"
+                                                                : "handled";
+        tell("%s:%s ", nameOf(signal), what);
+    }
+    tell("\n");
+}
+
+/// Gives a signal to the library's handler that the handler was not installed for.
+void callHandlerWithUser1()
+{
+    struct sigaction action = {};
+    sigaction(SIGTERM, nullptr, &action);
+    action.sa_handler(SIGUSR1);
+    tell("returned\n");
+}
+
+class Script
+{
+public:
+    Script(int argc, char** argv) : argc(argc), argv(argv) {}
+    bool perform(const std::string& word)
+    {
+        const auto command = commands.find(word);
+        if (command == commands.end())
+            return false;
+        command->second();
+        return true;
+    }
+
+private:
+    void construct() { victims.push_back(std::make_unique<Victim>(argc, argv, count++)); }
+
+    const int argc;
+    char** const argv;
+    int count = 0;
+    std::deque<std::unique_ptr<Victim>> victims;
+    const std::map<std::string, std::function<void()>> commands{
+        {"construct", [this] { construct(); }},
+        {"create",
+         [this] {
+             construct();
+             victims.back()->init();
+         }},
+        {"let-listener-throw", [this] { victims.back()->listener.throwsWhenAborted = true; }},
+        {"destroy-first", [this] { victims.pop_front(); }},
+        {"ignore-ill", [] { signal(SIGILL, SIG_IGN); }},
+        {"ignore-term", [] { signal(SIGTERM, SIG_IGN); }},
+        {"own-action-for-term", [] { signal(SIGTERM, exitWith42); }},
+        {"report", reportActions},
+        {"trace", [] { tracesActions = true; }},
+        {"call-handler-with-usr1", callHandlerWithUser1},
+        {"fault-segv", [] { faultInMemory(0); }},
+        {"fault-segv-deep", [] { faultInMemory(30); }},
+        {"fault-segv-on-thread", [] { std::thread(faultInMemory, 0).join(); }},
+        {"fault-bus", faultOnBus},
+        {"fault-ill", [] { __builtin_trap(); }},
+        {"abort", [] { std::abort(); }},
+        {"statistics-twice-at-once",
+         [this] {
+             clockStands = true;
+             victims.back()->getRuntimeStatistics();
+             victims.back()->getRuntimeStatistics();
+         }},
+        {"raise-term", [] { raise(SIGTERM); }},
+        {"alive", [] { tell("alive\n"); }},
+        {"wait",
+         [] {
+             tell("waiting\n");
+             for (;;)
+                 pause();
+         }},
+    };
+};
+
+} // namespace
+
+// Both are the system's own, but for what a test asked for.
+extern "C" {
+
+CORVANE_EXPORT int sigaction(int signal, const struct sigaction* action, struct sigaction* previous) noexcept
+{
+    using Function = int (*)(int, const struct sigaction*, struct sigaction*);
+    const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "sigaction"));
+    if (tracesActions && action == nullptr)
+        tell("query %s\n", nameOf(signal));
+    const bool isHandler = action != nullptr && action->sa_handler != SIG_DFL && action->sa_handler != SIG_IGN;
+    if (tracesActions && action != nullptr)
+        tell("%s %s flags %d mask %s\n", isHandler ? "install" : "restore", nameOf(signal), action->sa_flags,
+             sigisemptyset(&action->sa_mask) ? "empty" : "not empty");
+    return real(signal, action, previous);
+}
+
+CORVANE_EXPORT int gettimeofday(timeval* __restrict time, void* __restrict) noexcept
+{
+    timespec now{};
+    if (!clockStands)
+        clock_gettime(CLOCK_REALTIME, &now);
+    *time = {now.tv_sec + 1, static_cast<suseconds_t>(now.tv_nsec / 1000)};
+    return 0;
+}
+}
+
+int main(int argc, char** argv)
+{
+    const rlimit noCore{0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
+    Script script(argc, argv);
+    for (int i = 1; i < argc; ++i) {
+        if (!script.perform(argv[i])) {
+            tell("unknown word: %s\n", argv[i]);
+            return 98;
+        }
+    }
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <corvane/Application.h>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <support/TemporaryDirectory.h>
+#include <vector>
+
+namespace Corvane::Test
+{
+
+/// What `main` gets.
+class ProgramArguments
+{
+public:
+    ProgramArguments(std::vector<std::string> arguments) : arguments(std::move(arguments))
+    {
+        for (std::string& argument : this->arguments)
+            pointers.push_back(argument.data());
+        pointers.push_back(nullptr);
+    }
+    ProgramArguments(const ProgramArguments&) = delete;
+    ProgramArguments& operator=(const ProgramArguments&) = delete;
+
+    int getCount() const { return static_cast<int>(arguments.size()); }
+    char** getPointers() { return pointers.data(); }
+
+private:
+    std::vector<std::string> arguments;
+    std::vector<char*> pointers;
+};
+
+/// The application of a test; its program path keeps the platform helper away.
+class TestApplication : private ProgramArguments, public Application
+{
+public:
+    explicit TestApplication(std::vector<std::string> arguments = {"/usr/bin/QAX"})
+        : ProgramArguments(std::move(arguments)), Application(getCount(), getPointers())
+    {
+    }
+
+    bool runsInMain() override { return hasOwnLoop; }
+    using Application::stopRequested;
+
+    bool hasOwnLoop = false;
+};
+
+/// Keeps what it hears, and may act on it.
+class RecordingListener : public IApplication::IApplicationListener
+{
+public:
+    void onKeepAlive(const std::string& uid, const std::string& state) override
+    {
+        uids.push_back(uid);
+        hear("alive " + state);
+    }
+    void onStateChange(const std::string& uid, const std::string& oldState, const std::string& newState) override
+    {
+        uids.push_back(uid);
+        hear(oldState + " > " + newState);
+    }
+
+    std::vector<std::string> heard;
+    std::vector<std::string> uids;
+    std::function<void()> onCall = [] {};
+
+private:
+    void hear(const std::string& what)
+    {
+        heard.push_back(what);
+        onCall();
+    }
+};
+
+/// Tests of an application that was launched without parameters.
+class ApplicationTest : public testing::Test
+{
+protected:
+    ScopedEnvironment noParameters{"CORVANE_APP_PARAMETERS", nullptr};
+};
+
+} // namespace Corvane::Test

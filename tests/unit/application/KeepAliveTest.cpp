@@ -1,0 +1,223 @@
+#include "ApplicationFixture.h"
+#include "FakeSystem.h"
+
+#include <atomic>
+#include <gmock/gmock.h>
+#include <memory>
+#include <mutex>
+#include <semaphore>
+#include <support/Await.h>
+#include <thread>
+#include <unistd.h>
+
+namespace Corvane::Test
+{
+namespace
+{
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string RUNNING = ILifecycleManagement::STATE_RUNNING;
+const std::string TERMINATED = ILifecycleManagement::STATE_TERMINATED;
+
+/// The loop of a plain application. Delays are noted in the listener's record.
+class RunLoop : public ApplicationTest
+{
+protected:
+    RunLoop()
+    {
+        application->setState(RUNNING);
+        application->addListener(&listener);
+        system.onDelay = [this](unsigned int milliseconds) {
+            listener.heard.push_back(std::to_string(milliseconds) + " ms");
+            if (++rounds == 3)
+                inThirdRound();
+            ASSERT_LT(rounds, 10) << "the loop does not end";
+        };
+    }
+    ~RunLoop() override { application->removeListener(&listener); }
+
+    FakeSystem system;
+    RecordingListener listener;
+    std::unique_ptr<TestApplication> application = std::make_unique<TestApplication>();
+    std::function<void()> inThirdRound = [] {};
+    int rounds = 0;
+};
+
+TEST_F(RunLoop, SendsAKeepAliveAtOnceAndThenEveryFiveSecondsUntilTheApplicationIsStopped)
+{
+    inThirdRound = [this] { application->stopRequested = true; };
+    application->run();
+
+    EXPECT_THAT(listener.heard, ElementsAre("alive " + RUNNING, "5000 ms", "alive " + RUNNING, "5000 ms",
+                                            "alive " + RUNNING, "5000 ms"));
+    EXPECT_THAT(listener.uids, Each(std::to_string(getpid())));
+}
+
+TEST_F(RunLoop, EndsWithinOneRoundWhenTheApplicationIsTerminatedOrRunsAway)
+{
+    for (const std::string& state : {TERMINATED, ILifecycleManagement::STATE_RUNAWAY}) {
+        application->setState(RUNNING);
+        listener.heard.clear();
+        rounds = 0;
+        inThirdRound = [&] { application->setState(state); };
+        application->run();
+
+        EXPECT_EQ(rounds, 3) << state;
+        EXPECT_EQ(listener.heard.back(), RUNNING + " > " + state);
+    }
+}
+
+TEST_F(RunLoop, SendsNoKeepAliveOnceTheApplicationIsTerminatedOrStopped)
+{
+    application->setState(TERMINATED);
+    listener.heard.clear();
+    application->run();
+    EXPECT_THAT(listener.heard, IsEmpty());
+
+    application->setState(RUNNING);
+    listener.heard.clear();
+    application->stopRequested = true;
+    application->run();
+    EXPECT_THAT(listener.heard, IsEmpty());
+}
+
+TEST_F(RunLoop, GoesOnInEveryOtherState)
+{
+    const std::string states[] = {ILifecycleManagement::STATE_TERMINATING, ILifecycleManagement::STATE_ABORTED,
+                                  ILifecycleManagement::STATE_SUSPENDED};
+    system.onDelay = [&](unsigned int) {
+        if (rounds == 3)
+            application->stopRequested = true;
+        else
+            application->setState(states[rounds]);
+        ++rounds;
+    };
+    application->run();
+
+    EXPECT_EQ(rounds, 4);
+    EXPECT_EQ(listener.heard.back(), "alive " + ILifecycleManagement::STATE_SUSPENDED);
+}
+
+TEST_F(RunLoop, IsLeftToAnApplicationThatHasItsOwn)
+{
+    application->hasOwnLoop = true;
+    application->run();
+
+    EXPECT_THAT(listener.heard, IsEmpty());
+}
+
+/// Tells what it hears to the test's thread.
+class TellingListener : public IApplication::IApplicationListener
+{
+public:
+    void onKeepAlive(const std::string&, const std::string& state) override { keepAlives.put(state); }
+    void onStateChange(const std::string&, const std::string&, const std::string&) override {}
+    Mailbox<std::string> keepAlives;
+};
+
+/// The keep-alive thread. A delay lasts until the test lets it pass.
+class KeepAliveThread : public ApplicationTest
+{
+protected:
+    KeepAliveThread()
+    {
+        system.onDelay = [this](unsigned int milliseconds) {
+            delays.put(milliseconds);
+            if (!isOpen)
+                passes.acquire();
+        };
+        application->hasOwnLoop = true;
+        application->addListener(&listener);
+    }
+    ~KeepAliveThread() override { end(); }
+    void end()
+    {
+        isOpen = true;
+        passes.release();
+        application.reset();
+    }
+    bool awaitKeepAlive()
+    {
+        std::string state;
+        return listener.keepAlives.take(state) && state == ILifecycleManagement::STATE_LOADING;
+    }
+    bool awaitDelay()
+    {
+        unsigned int milliseconds = 0;
+        return delays.take(milliseconds) && milliseconds == 500;
+    }
+
+    FakeSystem system;
+    TellingListener listener;
+    Mailbox<unsigned int> delays;
+    std::counting_semaphore<> passes{0};
+    std::atomic<bool> isOpen{false};
+    std::unique_ptr<TestApplication> application = std::make_unique<TestApplication>();
+};
+
+TEST_F(KeepAliveThread, SendsAKeepAliveAtOnceAndAfterEveryTenDelaysOfHalfASecond)
+{
+    application->init();
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(awaitKeepAlive());
+        for (int i = 0; i < 10; ++i) {
+            ASSERT_TRUE(awaitDelay());
+            EXPECT_TRUE(listener.keepAlives.isEmpty()) << "during delay " << i;
+            passes.release();
+        }
+    }
+    ASSERT_TRUE(awaitKeepAlive());
+}
+
+TEST_F(KeepAliveThread, IsNotStartedWithoutALoopOfTheApplicationsOwn)
+{
+    application->hasOwnLoop = false;
+    application->init();
+    application.reset();
+
+    EXPECT_EQ(system.joins, 0) << "there was no thread to wait for";
+    EXPECT_TRUE(listener.keepAlives.isEmpty());
+}
+
+TEST_F(KeepAliveThread, CarriesItsName)
+{
+    Mailbox<std::string> names;
+    system.onDelay = [&](unsigned int) {
+        char name[16];
+        pthread_getname_np(pthread_self(), name, sizeof name);
+        names.put(name);
+        if (!isOpen)
+            passes.acquire();
+    };
+    application->init();
+
+    std::string name;
+    ASSERT_TRUE(names.take(name));
+    EXPECT_EQ(name, "KeepAliveThread");
+    end();
+}
+
+TEST_F(KeepAliveThread, IsStoppedAndAwaitedByTheDestructionOfTheApplicationAfterOneDelayAtMost)
+{
+    application->init();
+    ASSERT_TRUE(awaitKeepAlive());
+    for (int i = 0; i < 3; ++i) {
+        passes.release();
+        ASSERT_TRUE(awaitDelay());
+    }
+    ASSERT_TRUE(awaitDelay());
+    std::thread destroyer([this] { application.reset(); });
+    // The application waits for the thread, so the thread has been asked to stop, in the midst of its fourth delay.
+    EXPECT_TRUE(await([this] { return system.joins == 1; }));
+    passes.release();
+    destroyer.join();
+
+    EXPECT_TRUE(delays.isEmpty());
+    EXPECT_TRUE(listener.keepAlives.isEmpty());
+}
+
+} // namespace
+} // namespace Corvane::Test

@@ -1,0 +1,327 @@
+#include <corvane/foundation/DebugPrint.h>
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <support/CapturedOutput.h>
+#include <thread>
+#include <unistd.h>
+
+namespace Corvane::Test
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::MatchesRegex;
+
+/// The message as it comes out, of a line that is printed with this text.
+std::string printed(const std::string& text)
+{
+    CapturedOutput error;
+    corvaneDebugPrint(DEBUG_ERROR, "Module", "component", 7, "%s", text.c_str());
+    const auto messages = error.getMessages();
+    return messages.size() == 1 ? messages[0] : "not one line: " + error.getText();
+}
+
+TEST(DebugPrint, WritesTimeProcessLevelModuleComponentLineAndMessage)
+{
+    CapturedOutput error;
+    corvaneDebugPrint(DEBUG_ERROR, "Module", "component", 42, "%s is %d", "answer", 42);
+
+    const std::string process = std::string(program_invocation_short_name) + "\\[" + std::to_string(getpid()) + "\\]";
+    EXPECT_THAT(error.getText(), MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z " +
+                                              process + " E Module component:42 answer is 42\n"));
+}
+
+TEST(DebugPrint, GivesTheTimeInUtc)
+{
+    CapturedOutput error;
+    const std::time_t before = std::time(nullptr);
+    corvaneDebugPrint(DEBUG_ERROR, "Module", "component", 1, "now");
+    const std::time_t after = std::time(nullptr);
+
+    std::tm printed{};
+    ASSERT_NE(strptime(error.getText().c_str(), "%Y-%m-%dT%H:%M:%S", &printed), nullptr);
+    EXPECT_GE(timegm(&printed), before);
+    EXPECT_LE(timegm(&printed), after);
+}
+
+TEST(DebugPrint, NamesTheLevelByALetter)
+{
+    CapturedOutput error;
+    for (int level = 1; level <= DEBUG_NOTICE; ++level)
+        corvaneDebugPrint(static_cast<DebugLevel>(level), "Module", "component", level, "x");
+
+    std::string letters;
+    for (const DebugLine& line : error.getDebugLines())
+        letters += line.level;
+    EXPECT_EQ(letters, "EEWWIIN");
+}
+
+TEST(DebugPrint, DropsLinesAboveTheNoticeLevel)
+{
+    CapturedOutput error;
+    corvaneDebugPrint(static_cast<DebugLevel>(8), "Module", "component", 1, "x");
+
+    EXPECT_EQ(error.getText(), "");
+}
+
+TEST(DebugPrint, EndsWithOneLineFeedWhetherTheFormatHasOneOrNot)
+{
+    CapturedOutput error;
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "without");
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "with\n");
+
+    EXPECT_THAT(error.getLines(), ElementsAre(EndsWith(" without"), EndsWith(" with")));
+}
+
+TEST(DebugPrint, WritesControlCharactersAsHexadecimalNumbers)
+{
+    EXPECT_EQ(printed("a\nb\tc\x1b[31m\x7f\n"), "a\\x0Ab\\x09c\\x1B[31m\\x7F");
+    EXPECT_EQ(printed("two\n\n"), "two\\x0A");
+    EXPECT_EQ(printed("\n\n\n"), "\\x0A\\x0A");
+
+    CapturedOutput error;
+    corvaneDebugPrint(DEBUG_ERROR, "Module", "component", 1, "a%cb", '\0');
+    EXPECT_THAT(error.getMessages(), ElementsAre("a\\x00b"));
+}
+
+TEST(DebugPrint, LeavesOtherCharactersAsTheyAre)
+{
+    EXPECT_EQ(printed("\"gr\xc3\xbc\xc3\x9f\x65\" \\ ~"), "\"gr\xc3\xbc\xc3\x9f\x65\" \\ ~");
+}
+
+TEST(DebugPrint, KeepsALineThatJustFits)
+{
+    CapturedOutput error;
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "%s", "");
+    const std::size_t head = error.getText().size();
+    const std::string message(PIPE_BUF - head, 'x');
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "%s", message.c_str());
+
+    EXPECT_EQ(error.getMessages().at(1), message);
+    EXPECT_EQ(error.getText().size(), head + PIPE_BUF);
+}
+
+TEST(DebugPrint, CutsALineThatIsTooLongAndSaysSo)
+{
+    CapturedOutput error;
+    const std::string message(2 * PIPE_BUF, 'x');
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "%s", message.c_str());
+
+    EXPECT_EQ(error.getText().size(), static_cast<std::size_t>(PIPE_BUF));
+    EXPECT_THAT(error.getText(), EndsWith("x...\n"));
+}
+
+TEST(DebugPrint, CutsALineThatGetsTooLongByItsControlCharacters)
+{
+    CapturedOutput error;
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "%s", std::string(PIPE_BUF / 2, '\t').c_str());
+
+    EXPECT_LE(error.getText().size(), static_cast<std::size_t>(PIPE_BUF));
+    EXPECT_GT(error.getText().size(), static_cast<std::size_t>(PIPE_BUF) - 4);
+    EXPECT_THAT(error.getText(), EndsWith("\\x09\\x09...\n"));
+}
+
+TEST(DebugPrint, CutsNoCharacterInTwo)
+{
+    for (std::string padding; padding.size() < 3; padding += "x") {
+        std::string message = padding;
+        while (message.size() < 2 * PIPE_BUF)
+            message += "\xe2\x82\xac";
+        CapturedOutput error;
+        corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "%s", message.c_str());
+
+        EXPECT_THAT(error.getText(), EndsWith("\xe2\x82\xac...\n"));
+        EXPECT_GT(error.getText().size(), static_cast<std::size_t>(PIPE_BUF) - 4);
+    }
+}
+
+TEST(DebugPrint, SurvivesAMessageOfContinuationBytesOnly)
+{
+    CapturedOutput error;
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "%s", std::string(2 * PIPE_BUF, '\x80').c_str());
+
+    EXPECT_THAT(error.getText(), EndsWith("\x80...\n"));
+}
+
+TEST(DebugPrint, KeepsErrno)
+{
+    CapturedOutput error;
+    errno = EDOM;
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "x");
+    EXPECT_EQ(errno, EDOM);
+
+    const int standardError = dup(STDERR_FILENO);
+    close(STDERR_FILENO);
+    errno = ERANGE;
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "nowhere to go");
+    EXPECT_EQ(errno, ERANGE);
+    dup2(standardError, STDERR_FILENO);
+    close(standardError);
+}
+
+TEST(DebugPrint, CarriesTheNameGivenToDebugInitialize)
+{
+    CapturedOutput error;
+    debugInitialize(nullptr);
+    debugInitialize("");
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "x");
+    debugInitialize("box manager");
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "x");
+    debugInitialize("0123456789012345678901234567890-and-more");
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "x");
+
+    const auto lines = error.getDebugLines();
+    debugInitialize(program_invocation_short_name);
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[0].process, program_invocation_short_name);
+    EXPECT_EQ(lines[1].process, "box manager");
+    EXPECT_EQ(lines[2].process, "0123456789012345678901234567890");
+}
+
+/// Standard error as a pipe.
+class DebugPrintPipe : public testing::Test
+{
+protected:
+    DebugPrintPipe() : standardError(dup(STDERR_FILENO))
+    {
+        EXPECT_EQ(pipe(ends), 0);
+        dup2(ends[1], STDERR_FILENO);
+        close(ends[1]);
+    }
+    ~DebugPrintPipe() override
+    {
+        restore();
+        close(ends[0]);
+    }
+    void restore()
+    {
+        dup2(standardError, STDERR_FILENO);
+        close(standardError);
+        standardError = -1;
+    }
+    std::string readToEnd() const
+    {
+        std::string text;
+        char chunk[65536];
+        for (ssize_t count; (count = read(ends[0], chunk, sizeof chunk)) > 0;)
+            text.append(chunk, static_cast<std::size_t>(count));
+        return text;
+    }
+
+    int ends[2];
+    int standardError;
+};
+
+TEST_F(DebugPrintPipe, WritesALineInOnePiece)
+{
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "%s", std::string(2 * PIPE_BUF, 'x').c_str());
+
+    char line[2 * PIPE_BUF];
+    EXPECT_EQ(read(ends[0], line, sizeof line), PIPE_BUF);
+}
+
+constexpr int THREADS = 8;
+constexpr int LINES = 200;
+std::atomic<int> signalLines{0};
+
+void printFromSignalHandler(int)
+{
+    corvaneDebugPrint(DEBUG_NOTICE, "Signal", "handler", 1, "%d interrupted", signalLines++);
+}
+
+/// The message of a line that a thread prints; each thread's have a length of their own.
+std::string messageOfThread(int thread, int line)
+{
+    return std::to_string(line) + " " + std::string(static_cast<std::size_t>(500 * thread), 'x') + " end";
+}
+
+/// Prints LINES lines from each of THREADS threads and about as many from a signal handler that interrupts them.
+void printFromThreadsAndSignalHandler()
+{
+    std::vector<std::thread> writers;
+    for (int i = 0; i < THREADS; ++i) {
+        writers.emplace_back([i] {
+            for (int line = 0; line < LINES; ++line)
+                corvaneDebugPrint(DEBUG_ERROR, "Thread", "writer", i, "%s", messageOfThread(i, line).c_str());
+            // Threads that have ended cannot be interrupted.
+            while (signalLines < LINES)
+                std::this_thread::yield();
+        });
+    }
+    while (signalLines < LINES) {
+        for (std::thread& writer : writers)
+            pthread_kill(writer.native_handle(), SIGUSR1);
+    }
+    for (std::thread& writer : writers)
+        writer.join();
+}
+
+TEST_F(DebugPrintPipe, KeepsLinesWholeThatThreadsAndASignalHandlerWriteAtOnce)
+{
+    struct sigaction action = {};
+    struct sigaction previous = {};
+    action.sa_handler = printFromSignalHandler;
+    sigaction(SIGUSR1, &action, &previous);
+    signalLines = 0;
+    std::string text;
+    std::thread reader([&] { text = readToEnd(); });
+    printFromThreadsAndSignalHandler();
+    sigaction(SIGUSR1, &previous, nullptr);
+    restore();
+    reader.join();
+
+    const auto lines = parseDebugLines(text);
+    EXPECT_EQ(lines.size(), splitLines(text).size()) << "every line begins as a debug line";
+    std::map<int, int> linesOfThread;
+    int linesOfHandler = 0;
+    for (const DebugLine& line : lines) {
+        if (line.module == "Thread") {
+            EXPECT_EQ(line.message, messageOfThread(line.line, linesOfThread[line.line]++));
+        } else {
+            EXPECT_THAT(line.message, MatchesRegex("[0-9]+ interrupted"));
+            ++linesOfHandler;
+        }
+    }
+    EXPECT_EQ(linesOfHandler, signalLines);
+    for (int thread = 0; thread < THREADS; ++thread)
+        EXPECT_EQ(linesOfThread[thread], LINES) << "thread " << thread;
+}
+
+TEST_F(DebugPrintPipe, SurvivesAReaderThatGoesAway)
+{
+    close(ends[0]);
+    errno = EDOM;
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "nobody reads this");
+
+    EXPECT_EQ(errno, EDOM);
+    sigset_t pending;
+    sigpending(&pending);
+    EXPECT_FALSE(sigismember(&pending, SIGPIPE)) << "no signal is left behind";
+}
+
+TEST_F(DebugPrintPipe, LeavesASignalThatWasPendingBefore)
+{
+    sigset_t brokenPipe;
+    sigset_t previous;
+    sigemptyset(&brokenPipe);
+    sigaddset(&brokenPipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &brokenPipe, &previous);
+    pthread_kill(pthread_self(), SIGPIPE);
+    close(ends[0]);
+    corvaneDebugPrint(DEBUG_ERROR, "M", "c", 1, "nobody reads this");
+
+    const timespec atOnce{};
+    EXPECT_EQ(sigtimedwait(&brokenPipe, nullptr, &atOnce), SIGPIPE);
+    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+}
+
+} // namespace
+} // namespace Corvane::Test
