@@ -1,0 +1,51 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+/// The commands of corvanectl. Each function adds some to the command line; a command that was named runs while the
+/// command line is parsed, and what fails in it is thrown.
+namespace Corvanectl
+{
+
+/// What holds for every command.
+struct Options {
+    bool json = false;
+    double timeoutSeconds = 5;
+
+    std::chrono::milliseconds getTimeout() const
+    {
+        return std::chrono::milliseconds(static_cast<long>(timeoutSeconds * 1000));
+    }
+};
+
+/// The command cannot be carried out as it was given; nothing was sent.
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Adds `--json` and `--timeout`: they may stand before the command and after it.
+void addOptions(CLI::App& app, Options& options);
+
+/// Adds one command with these options.
+/// @param example  a line of use, without the "corvanectl " in front; shown by the command's `--help`
+CLI::App& addCommand(CLI::App& app, Options& options, const std::string& name, const std::string& description,
+                     const std::string& example);
+
+/// Adds a word that must be given.
+void addRequired(CLI::App& command, const std::string& name, std::string& value, const std::string& description);
+
+/// Adds the word that names the application.
+/// @return the word, once the command line is parsed
+std::shared_ptr<std::string> addUid(CLI::App& command);
+
+void addServerCommands(CLI::App& app, Options& options);      ///< list, call
+void addDescribeCommand(CLI::App& app, Options& options);     ///< describe
+void addMonitorCommand(CLI::App& app, Options& options);      ///< monitor
+void addApplicationCommands(CLI::App& app, Options& options); ///< stats, activate, suspend, terminate, key
+void addPropertyCommands(CLI::App& app, Options& options);    ///< state, focus, visibility, opacity, z-order, location
+
+} // namespace Corvanectl
