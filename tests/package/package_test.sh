@@ -1,0 +1,53 @@
+#!/bin/bash
+# Uses an installation as a stranger does. Run by ctest as: package_test.sh STEP BUILD WORK COMPILER
+#   install       installs BUILD below WORK and then moves it, for an installation may be moved
+#   find_package  builds and runs the consumer with CMake; neither JSON library may be asked for
+#   pkg-config    the same without CMake
+#   examples      builds the examples as a project of their own
+#   corvanectl    runs the installed program
+set -euo pipefail
+step=$1 build=$2 work=$3 compiler=$4
+here=$(dirname "$(readlink -f "$0")")
+prefix=$work/moved
+
+expect_state() {
+    local output
+    output=$("$@")
+    echo "$output"
+    grep -qx 'APP[0-9]* is LOADING' <<<"$output"
+}
+
+build_project() { # SOURCE NAME
+    cmake -S "$1" -B "$work/$2" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCMAKE_DISABLE_FIND_PACKAGE_simdjson=ON -DCMAKE_DISABLE_FIND_PACKAGE_jsoncpp=ON
+    cmake --build "$work/$2"
+}
+
+case $step in
+install)
+    rm -rf "$work"
+    cmake --install "$build" --prefix "$work/first" >"$work.log" || { cat "$work.log"; exit 1; }
+    mv "$work/first" "$prefix"
+    ;;
+find_package)
+    build_project "$here/consumer" consumer
+    expect_state "$work/consumer/consumer"
+    ;;
+pkg-config)
+    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name corvane.pc)")
+    export PKG_CONFIG_PATH
+    read -ra flags < <(pkg-config --cflags --libs corvane)
+    "$compiler" -std=c++20 "$here/consumer/main.cpp" -o "$work/by-pkg-config" "${flags[@]}"
+    LD_LIBRARY_PATH=$(pkg-config --variable=libdir corvane) expect_state "$work/by-pkg-config"
+    ;;
+examples)
+    build_project "$here/../../examples" examples
+    ;;
+corvanectl)
+    "$prefix/bin/corvanectl" --help | grep -i corvanectl
+    ;;
+*)
+    echo "unknown step: $step" >&2
+    exit 2
+    ;;
+esac
