@@ -12,10 +12,8 @@ namespace Corvane
 /// for a service IApplication and IService; every change of the served object goes out as a notification. A failure of
 /// any kind becomes an error reply; no exception leaves a handler. Handlers run one at a time on the server's thread.
 ///
-/// The destructor waits for a handler that runs. Destroy the served object first, once it has reached a terminated state
-/// and no handler runs any more; WindowExec::run returns at that point, so declare the WindowExec before the window. A
-/// server that goes first takes itself off the object's listeners only if that has not terminated, and needs that no other
-/// thread, such as the object's keep-alive thread, can be telling it something.
+/// The destructor waits for a handler that runs. For the order of destruction see APPServer; and destroy the server
+/// only when no other thread, such as the served object's keep-alive thread, can be telling it something.
 class CORVANE_EXPORT APPRPCServer : public APPServer, public RPCServer
 {
 public:

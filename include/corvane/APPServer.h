@@ -13,7 +13,9 @@ class Window;
 
 /// Ties a control server to the one object that it serves, and lets go of it once that has terminated.
 ///
-/// The served object is not owned. It must reach a terminated state, or outlive the server.
+/// The served object is not owned. It must reach a terminated state before its destruction, or outlive the server. A
+/// server that has let go does not take itself off the object's listeners: after STATE_ABORTED or STATE_RUNAWAY, which
+/// further changes may follow, the object is to be destroyed first.
 class CORVANE_EXPORT APPServer : public ComplexObject,
                                  public IWindow::IWindowListener,
                                  public IService::IServiceListener

@@ -35,22 +35,12 @@ void Application::init()
     ComplexObject::init();
     setState(STATE_LOADING);
     initSignalHandler(this);
-    if (needsPlatformHelper())
-        startPlatformHelper();
+    if (needsPlatformHelper()) {
+        platformHelper = new PlatformHelper(launchParameters.getAuthorizationToken());
+        platformHelper->startHelper();
+    }
     if (runsInMain())
         keepAliveThread.init();
-}
-
-void Application::startPlatformHelper()
-{
-#pragma GCC diagnostic push
-#if defined(__GNUC__) && !defined(__clang__)
-// Where g++ expands the Singleton's operator new in line, it no longer sees that its operator delete belongs to it.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-#endif
-    platformHelper = new PlatformHelper(launchParameters.getAuthorizationToken());
-#pragma GCC diagnostic pop
-    platformHelper->startHelper();
 }
 
 Application::~Application()

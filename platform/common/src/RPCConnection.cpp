@@ -21,7 +21,9 @@ ssize_t trySend(int socket, const iovec* pieces, int count)
     message.msg_iovlen = static_cast<std::size_t>(count);
     ssize_t taken = -1;
     do {
-        taken = sendmsg(socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+        // An answer is one piece, and the plain call is the cheaper one.
+        taken = count == 1 ? ::send(socket, pieces->iov_base, pieces->iov_len, MSG_DONTWAIT | MSG_NOSIGNAL)
+                           : sendmsg(socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
     } while (taken < 0 && errno == EINTR);
     if (taken < 0 && errno == EAGAIN)
         return 0;
