@@ -20,6 +20,7 @@ struct HelloWindow : Corvane::Window {
 
 int main(int argc, char** argv)
 {
+    Corvane::WindowExec exec(argc, argv); // first, so that it outlives the window that it listens to
     HelloWindow window(argc, argv);
-    Corvane::WindowExec(argc, argv).run(&window);
+    exec.run(&window);
 }

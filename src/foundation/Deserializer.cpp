@@ -63,10 +63,10 @@ std::string describe(element value)
     }
 }
 
-/// A name that is empty must still be seen in a message.
-std::string nameInMessage(std::string_view name)
+/// Reports what is wrong with the member `name` of the current object. To `fail`, an empty key is the object itself.
+[[noreturn]] void failMember(const std::string& name, const std::string& problem, const Deserializer& deserializer)
 {
-    return name.empty() ? "\"\"" : std::string(name);
+    deserializer.fail(name, name.empty() ? "\"\": " + problem : problem);
 }
 
 } // namespace
@@ -107,7 +107,7 @@ key_value_pair require(const Level& level, const std::string& name, const Deseri
 {
     const std::optional<key_value_pair> member = find(level, membersOf(level, deserializer), name);
     if (!member)
-        deserializer.fail(nameInMessage(name), "missing");
+        failMember(name, "missing", deserializer);
     return *member;
 }
 
@@ -121,7 +121,7 @@ T read(const Level& level, const std::string& name, const char* expectation, con
     if constexpr (std::is_same_v<Source, std::int64_t>)
         fits = fits && std::in_range<T>(source);
     if (!fits)
-        deserializer.fail(nameInMessage(name), std::string("expected ") + expectation + ", found " + describe(value));
+        failMember(name, std::string("expected ") + expectation + ", found " + describe(value), deserializer);
     return static_cast<T>(source);
 }
 
@@ -141,7 +141,7 @@ void Deserializer::enterMember(const std::string& key)
     }
     const key_value_pair member = require(level, key, *this);
     if (!member.value.is_object())
-        fail(nameInMessage(key), "expected an object, found " + describe(member.value));
+        failMember(key, "expected an object, found " + describe(member.value), *this);
     document->levels.push_back({member.key, member.value});
 }
 
@@ -223,7 +223,7 @@ void Deserializer::fail(const std::string& key, const std::string& problem) cons
             return;
         if (!path.empty())
             path += '.';
-        path += shorten(name);
+        path += excerpt(name);
     };
     for (const Level& level : document->levels)
         append(level.name);

@@ -114,7 +114,7 @@ std::shared_ptr<InputEvent> createSerialObject<InputEvent>(const std::string& ke
     else if (type == IWindowEvent::MouseEvent::TYPE_NAME)
         event = std::make_shared<IWindowEvent::MouseEvent>(deserializer);
     else
-        deserializer.fail({}, "unknown event type \"" + shorten(type) + "\"");
+        deserializer.fail({}, "unknown event type \"" + excerpt(type) + "\"");
     deserializer.leaveMember(key);
     return event;
 }

@@ -1,4 +1,6 @@
 #include "Quote.h"
+
+#include <algorithm>
 #include <cstddef>
 
 namespace Corvane
@@ -85,15 +87,15 @@ void appendQuoted(std::string& output, std::string_view text)
     output += '"';
 }
 
-std::string shorten(std::string_view text)
+std::string excerpt(std::string_view text)
 {
     constexpr std::size_t LONGEST = 64;
-    if (text.size() <= LONGEST)
-        return std::string(text);
-    std::size_t length = LONGEST;
-    while (length > 0 && (byteAt(text, length) & 0xC0) == 0x80)
+    std::size_t length = std::min(text.size(), LONGEST);
+    while (length > 0 && length < text.size() && (byteAt(text, length) & 0xC0) == 0x80)
         --length;
-    return std::string(text.substr(0, length)) + "...";
+    std::string quoted;
+    appendQuoted(quoted, text.substr(0, length));
+    return quoted.substr(1, quoted.size() - 2) + (length < text.size() ? "..." : "");
 }
 
 } // namespace Corvane

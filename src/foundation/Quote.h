@@ -10,8 +10,8 @@ namespace Corvane
 /// U+10FFFF, sequences cut short) becomes U+FFFD, one for each longest piece that could have begun a character.
 void appendQuoted(std::string& output, std::string_view text);
 
-/// @return the beginning of `text`, at most 64 bytes and no half character, with "..." where something was cut off;
-/// for messages, which must not grow with what a stranger sends
-std::string shorten(std::string_view text);
+/// @return the beginning of `text` for a message, which must neither grow with what a stranger sends nor end at a NUL:
+/// at most 64 bytes and no half character, then "..." where something was cut off; escaped as in a JSON string
+std::string excerpt(std::string_view text);
 
 } // namespace Corvane

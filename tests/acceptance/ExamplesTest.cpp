@@ -1,9 +1,9 @@
 #include "Programs.h"
 
-#include <algorithm>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <iterator>
+#include <sstream>
 
 using namespace Corvane::Test;
 using testing::HasSubstr;
@@ -33,11 +33,22 @@ TEST(Readme, ShowsHelloWindowFirstAndAsItIs)
     EXPECT_EQ(readme.substr(begin, readme.find("```", begin) - begin), readFile("examples/hello-window/main.cpp"));
 }
 
-TEST(HelloWindowExample, HasAtMostTwentyFiveLines)
+TEST(HelloWindowExample, HasAtMostTwentyFiveLinesOfCode)
 {
-    const std::string source = readFile("examples/hello-window/main.cpp");
+    std::istringstream source(readFile("examples/hello-window/main.cpp"));
+    int lines = 0;
+    for (std::string line; std::getline(source, line);)
+        lines += line.empty() ? 0 : 1;
 
-    EXPECT_LE(std::count(source.begin(), source.end(), '\n'), 25);
+    EXPECT_LE(lines, 25);
+}
+
+TEST_F(Examples, HelloWindowEndsCleanlyAfterItRanAway)
+{
+    HelloWindow hello;
+
+    EXPECT_EQ(corvanectl({"state", "demo", "RUNAWAY"}).status, 0);
+    EXPECT_EQ(hello.process.wait().status, 0) << hello.process.getError();
 }
 
 TEST_F(Examples, HelloWindowRefusesToRunWithoutAnApplicationType)

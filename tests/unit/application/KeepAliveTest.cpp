@@ -219,5 +219,23 @@ TEST_F(KeepAliveThread, IsStoppedAndAwaitedByTheDestructionOfTheApplicationAfter
     EXPECT_TRUE(listener.keepAlives.isEmpty());
 }
 
+// The state has no lock: the thread copies it while others store it.
+TEST_F(KeepAliveThread, TellsTheFinalStateHoweverOftenItChangedMeanwhile)
+{
+    isOpen = true;
+    application->init();
+    for (int i = 0; i < 2000; ++i) {
+        application->setState(RUNNING);
+        application->suspend();
+    }
+    application->setState(ILifecycleManagement::STATE_SUSPENDED);
+
+    EXPECT_TRUE(await([this] {
+        std::string state;
+        return listener.keepAlives.take(state) && state == ILifecycleManagement::STATE_SUSPENDED;
+    }));
+    end();
+}
+
 } // namespace
 } // namespace Corvane::Test

@@ -17,13 +17,29 @@ std::atomic<unsigned long> allocations{0};
 
 } // namespace
 
-// Out of line, so that the compiler does not take these for a mismatch of malloc and delete.
-[[gnu::noinline]] void* operator new(std::size_t size)
+// All forms, because a sanitizer's forms do not call each other; out of line, because the compiler would otherwise take
+// malloc and delete for a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
     ++allocations;
-    if (void* const memory = std::malloc(size))
+    return std::malloc(size);
+}
+
+[[gnu::noinline]] void* operator new(std::size_t size)
+{
+    if (void* const memory = operator new(size, std::nothrow))
         return memory;
     throw std::bad_alloc();
+}
+
+void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+{
+    return operator new(size, std::nothrow);
 }
 
 [[gnu::noinline]] void operator delete(void* memory) noexcept
@@ -32,6 +48,16 @@ std::atomic<unsigned long> allocations{0};
 }
 
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }

@@ -129,6 +129,14 @@ TEST(DeserializerErrors, ShowAnEmptyKeyInQuotes)
     EXPECT_EQ(problemOf([&] { deserializer.readInteger(""); }), "\"\": missing");
 }
 
+TEST(DeserializerErrors, ShowAKeyInReadableForm)
+{
+    Deserializer deserializer(R"({"\u0000\n\u00e9":{"x":true}})");
+    deserializer.enterMember(deserializer.getMemberNames().at(0));
+    EXPECT_EQ(problemOf([&] { deserializer.readInteger("x"); }),
+              "\\u0000\\n\xC3\xA9.x: expected a signed 32-bit number, found true");
+}
+
 TEST(DeserializerErrors, CutALongKeyShort)
 {
     const std::string key(100000, 'k');
