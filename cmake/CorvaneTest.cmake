@@ -13,7 +13,7 @@ function(corvane_test name)
     corvane_target(${name})
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} corvane-test-support GTest::gmock GTest::gtest_main)
     if(CORVANE_SANITIZERS MATCHES thread)
-        list(APPEND test_ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp")
+        list(APPEND test_ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
     endif()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX ${name}.
                          PROPERTIES TIMEOUT ${test_TIMEOUT})

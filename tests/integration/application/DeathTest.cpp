@@ -103,7 +103,7 @@ TEST_F(KilledWindow, LeavesItsNameToTheNextProcess)
     EXPECT_EQ(call("IApplication::getState"), "RUNNING");
 }
 
-#ifndef SANITIZED
+#ifdef BREAKABLE_HEAP
 TEST_F(KilledWindow, InsideMallocStillAnnouncesItsAbortionAndDies)
 {
     Announcements announcements(client);

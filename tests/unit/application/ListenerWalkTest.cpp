@@ -227,6 +227,7 @@ TEST_P(ListenerWalk, MayBeStartedFromWithinAnother)
             application.onKeepAlive("uid", "nested");
     });
     EXPECT_EQ(walk(), "ABABCC");
+    when('B', {});
 }
 
 /// Counts only: its calls come from two threads.
