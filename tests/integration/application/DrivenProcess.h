@@ -15,7 +15,7 @@ namespace Corvane::Test
 class Announcements
 {
 public:
-    explicit Announcements(RPCClient& client)
+    explicit Announcements(const RPCClient& server) : client(server.getServerName())
     {
         client.subscribe(
             {"*"}, [this](const std::string& name, const std::string& payload) { box.put(name + " " + payload); },
@@ -47,6 +47,9 @@ public:
     }
 
     Mailbox<std::string> box;
+
+private:
+    RPCClient client; // last: its thread puts into the mailbox until it is gone
 };
 
 /// A window application that runs in a process of its own, and a client of its control server.

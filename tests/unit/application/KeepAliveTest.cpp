@@ -219,10 +219,34 @@ TEST_F(KeepAliveThread, IsStoppedAndAwaitedByTheDestructionOfTheApplicationAfter
     EXPECT_TRUE(listener.keepAlives.isEmpty());
 }
 
+/// Keeps the last state that it was told.
+class LatestStateListener : public IApplication::IApplicationListener
+{
+public:
+    void onKeepAlive(const std::string&, const std::string& state) override
+    {
+        const std::lock_guard guard(mutex);
+        latest = state;
+    }
+    void onStateChange(const std::string&, const std::string&, const std::string&) override {}
+    std::string get()
+    {
+        const std::lock_guard guard(mutex);
+        return latest;
+    }
+
+private:
+    std::mutex mutex;
+    std::string latest;
+};
+
 // The state has no lock: the thread copies it while others store it.
 TEST_F(KeepAliveThread, TellsTheFinalStateHoweverOftenItChangedMeanwhile)
 {
-    isOpen = true;
+    system.onDelay = [](unsigned int) { std::this_thread::yield(); };
+    LatestStateListener latest;
+    application->removeListener(&listener);
+    application->addListener(&latest);
     application->init();
     for (int i = 0; i < 2000; ++i) {
         application->setState(RUNNING);
@@ -230,11 +254,8 @@ TEST_F(KeepAliveThread, TellsTheFinalStateHoweverOftenItChangedMeanwhile)
     }
     application->setState(ILifecycleManagement::STATE_SUSPENDED);
 
-    EXPECT_TRUE(await([this] {
-        std::string state;
-        return listener.keepAlives.take(state) && state == ILifecycleManagement::STATE_SUSPENDED;
-    }));
-    end();
+    EXPECT_TRUE(await([&] { return latest.get() == ILifecycleManagement::STATE_SUSPENDED; }));
+    application.reset();
 }
 
 } // namespace
