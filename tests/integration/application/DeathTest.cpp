@@ -16,6 +16,11 @@ struct Death {
     bool backTrace;
 };
 
+void PrintTo(const Death& death, std::ostream* stream)
+{
+    *stream << sigabbrev_np(death.signal);
+}
+
 class DyingWindow : public DrivenProcess, public testing::WithParamInterface<Death>
 {
 protected:

@@ -154,8 +154,8 @@ TEST_F(WindowLaunch, SetsTheDefaultPriorityWhenItIsInitialised)
 
 TEST_F(WindowLaunch, IsInitialisedAsAnApplicationBeforeItsPriorityIsSet)
 {
+    RecordingWindowListener listener("a"); // outlives the window, which announces its end
     TestWindow window({"program", "--application-type=player", "--authorization-token=u1"});
-    RecordingWindowListener listener("a");
     window.addListener(&listener);
 
     window.init();
