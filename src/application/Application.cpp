@@ -1,5 +1,7 @@
 #include <corvane/Application.h>
 
+#include "ListenerWalk.h"
+
 #include <algorithm>
 #include <corvane/common/PlatformHelper.h>
 #include <corvane/common/TaskDelay.h>
@@ -131,21 +133,7 @@ void Application::onStateChange(const std::string& uid, const std::string& oldSt
 template <class Call>
 void Application::tellListeners(Call call)
 {
-    std::unique_lock<Mutex> lock(listenersMutex);
-    // An index, since the list may be another one after each call.
-    for (std::size_t position = 0; position < listeners.size(); ++position) {
-        Listener* const listener = listeners[position];
-        lock.unlock();
-        if (listener != nullptr)
-            call(*listener);
-        lock.lock();
-        // Deliberate: the walk advances after it was set back, so it goes on with the second entry. The first is not
-        // called again, others may be called twice, and a list that has become empty ends the walk.
-        if (listenersChanged) {
-            position = 0;
-            listenersChanged = false;
-        }
-    }
+    walkListeners(listenersMutex, listeners, listenersChanged, call);
 }
 
 void Application::addListener(IListener* listener)
