@@ -27,6 +27,13 @@ TEST_F(RPCCall, WithoutAValueIsAnsweredWithNull)
     EXPECT_EQ(connect().call(callOf("ITest::count")), R"({"jsonrpc":"2.0","id":1,"result":null})");
 }
 
+TEST_F(RPCCall, IsAnsweredOnOneLineHoweverItsHandlerWritesTheAnswer)
+{
+    RawClient client = connect();
+    EXPECT_EQ(json::parse(client.call(callOf("ITest::writeOnSeveralLines"))).at("result"), "a\nb");
+    EXPECT_EQ(client.call(callOf("ITest::count")), R"({"jsonrpc":"2.0","id":1,"result":null})");
+}
+
 TEST_F(RPCCall, GetsItsIdBackAsItWas)
 {
     RawClient client = connect();
@@ -148,7 +155,7 @@ TEST_F(RPCCall, DiscoverDescribesMethodsAndNotifications)
     const json document = json::parse(connect().call(callOf("rpc.discover")))["result"];
     EXPECT_EQ(document["openrpc"], "1.2.6");
     EXPECT_EQ(document["info"]["title"], "TEST");
-    ASSERT_EQ(document["methods"].size(), 6U);
+    ASSERT_EQ(document["methods"].size(), 8U);
     const json echo = document["methods"][1];
     EXPECT_EQ(echo["name"], "ITest::echo");
     EXPECT_EQ(echo["summary"], "Gives a text back");
@@ -185,6 +192,11 @@ TEST_F(RPCCall, ShutdownWaitsForTheHandlerThatRuns)
     stopper.join();
     EXPECT_TRUE(client.awaitEnd());
     EXPECT_THROW(connect(), std::runtime_error);
+}
+
+TEST_F(RPCCall, HandlerDoesNotWaitForItself)
+{
+    EXPECT_EQ(connect().call(callOf("ITest::waitForItself")), R"({"jsonrpc":"2.0","id":1,"result":null})");
 }
 
 TEST_F(RPCCall, ServerComesUpAgainAfterAShutdown)

@@ -20,9 +20,11 @@ constexpr RPCNotificationDescription NOTIFICATIONS[] = {{"ITest::onRing", "Someb
 TestServer::TestServer(const char* name) : RPCServer(name)
 {
     interfaces["ITest"] = {{"echo", static_cast<Handler>(&TestServer::echo)},
+                           {"writeOnSeveralLines", static_cast<Handler>(&TestServer::answerOnSeveralLines)},
                            {"count", static_cast<Handler>(&TestServer::count)},
                            {"ring", static_cast<Handler>(&TestServer::ring)},
                            {"hold", static_cast<Handler>(&TestServer::hold)},
+                           {"waitForItself", static_cast<Handler>(&TestServer::waitForItself)},
                            {"throwRuntimeError", static_cast<Handler>(&TestServer::throwRuntimeError)},
                            {"throwNumber", static_cast<Handler>(&TestServer::throwNumber)}};
     description = {.methods = METHODS, .notifications = NOTIFICATIONS};
@@ -38,6 +40,11 @@ std::string TestServer::echo(const IRPC::RPCSynchronousMethodObject& request)
 {
     Deserializer parameters(request.getParameters());
     return IRPC::RPCResultObject(request, StringObject(deserialize<std::string>("text", parameters))).serialize();
+}
+
+std::string TestServer::writeOnSeveralLines(const IRPC::RPCSynchronousMethodObject& request)
+{
+    return "{\n\"jsonrpc\":\"2.0\",\n\"id\":" + request.getId() + ",\n\"result\":\"a\\nb\"}\n";
 }
 
 std::string TestServer::count(const IRPC::RPCSynchronousMethodObject& request)
@@ -58,6 +65,12 @@ std::string TestServer::hold(const IRPC::RPCSynchronousMethodObject& request)
     held.put(true);
     bool ignored{};
     release.take(ignored);
+    return IRPC::RPCReturnObject(request).serialize();
+}
+
+std::string TestServer::waitForItself(const IRPC::RPCSynchronousMethodObject& request)
+{
+    waitForHandler();
     return IRPC::RPCReturnObject(request).serialize();
 }
 

@@ -17,12 +17,16 @@ public:
 
     /// Answers with the member "text" of the parameters.
     std::string echo(const IRPC::RPCSynchronousMethodObject& request);
+    /// Answers with a text that is written on several lines.
+    std::string writeOnSeveralLines(const IRPC::RPCSynchronousMethodObject& request);
     /// Counts, and answers with nothing.
     std::string count(const IRPC::RPCSynchronousMethodObject& request);
     /// Raises the notification "ITest::onRing" with the member "number", then answers.
     std::string ring(const IRPC::RPCSynchronousMethodObject& request);
     /// Answers only after `release` has been given something.
     std::string hold(const IRPC::RPCSynchronousMethodObject& request);
+    /// Waits for the handler that runs, which is itself.
+    std::string waitForItself(const IRPC::RPCSynchronousMethodObject& request);
     std::string throwRuntimeError(const IRPC::RPCSynchronousMethodObject& request);
     std::string throwNumber(const IRPC::RPCSynchronousMethodObject& request);
 
