@@ -20,7 +20,7 @@ constexpr RPCNotificationDescription NOTIFICATIONS[] = {{"ITest::onRing", "Someb
 TestServer::TestServer(const char* name) : RPCServer(name)
 {
     interfaces["ITest"] = {{"echo", static_cast<Handler>(&TestServer::echo)},
-                           {"writeOnSeveralLines", static_cast<Handler>(&TestServer::answerOnSeveralLines)},
+                           {"writeOnSeveralLines", static_cast<Handler>(&TestServer::writeOnSeveralLines)},
                            {"count", static_cast<Handler>(&TestServer::count)},
                            {"ring", static_cast<Handler>(&TestServer::ring)},
                            {"hold", static_cast<Handler>(&TestServer::hold)},
