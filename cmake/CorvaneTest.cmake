@@ -15,7 +15,7 @@ function(corvane_test name)
     if(CORVANE_SANITIZERS MATCHES thread)
         list(APPEND test_ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
     endif()
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX ${name}.
+    gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX ${name}.
                          PROPERTIES TIMEOUT ${test_TIMEOUT})
     # Lists do not survive gtest_discover_tests; they do in a file that ctest reads once it knows the tests.
     set(properties ${CMAKE_CURRENT_BINARY_DIR}/${name}-properties.cmake)

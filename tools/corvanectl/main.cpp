@@ -83,7 +83,7 @@ void addRequired(CLI::App& command, const std::string& name, std::string& value,
 
 std::shared_ptr<std::string> addUid(CLI::App& command)
 {
-    const auto uid = std::make_shared<std::string>();
+    auto uid = std::make_shared<std::string>();
     addRequired(command, "UID", *uid, "Uid of the application");
     return uid;
 }
@@ -112,5 +112,8 @@ int main(int argc, char** argv)
     addMonitorCommand(app, options);
     addPropertyCommands(app, options);
     addApplicationCommands(app, options);
+    addBoxCommands(app, options);
+    addBoxViews(app, options);
+    addKeyCommand(app, options);
     return runCommand(app, argc, argv);
 }
