@@ -83,7 +83,9 @@ void RPCConnection::flush()
 
 void RPCConnection::lose(Loss reason)
 {
-    loss = reason;
+    // The first reason is the right one: whatever is sent after it fails only because of it.
+    if (loss == Loss::NONE)
+        loss = reason;
     shutdown(socket.get(), SHUT_RDWR);
 }
 

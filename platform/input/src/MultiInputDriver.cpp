@@ -5,8 +5,6 @@
 namespace Corvane
 {
 
-using Switches = DeviceTable::Switches;
-
 MultiInputDriver::MultiInputDriver() : delivery(std::make_unique<Delivery>()) {}
 
 MultiInputDriver::~MultiInputDriver() = default;
@@ -28,62 +26,62 @@ void MultiInputDriver::removeInputEventListener(IWindowEvent::IInputEventListene
 
 void MultiInputDriver::enableHotplug()
 {
-    delivery->set(&Switches::hotplug, true);
+    delivery->hotplugEnabled = true;
 }
 
 void MultiInputDriver::disableHotplug()
 {
-    delivery->set(&Switches::hotplug, false);
+    delivery->hotplugEnabled = false;
 }
 
 void MultiInputDriver::enableMouse()
 {
-    delivery->set(&Switches::mouse, true);
+    delivery->mouseEnabled = true;
 }
 
 void MultiInputDriver::disableMouse()
 {
-    delivery->set(&Switches::mouse, false);
+    delivery->mouseEnabled = false;
 }
 
 void MultiInputDriver::enableKeyboard()
 {
-    delivery->set(&Switches::keyboard, true);
+    delivery->keyboardEnabled = true;
 }
 
 void MultiInputDriver::disableKeyboard()
 {
-    delivery->set(&Switches::keyboard, false);
+    delivery->keyboardEnabled = false;
 }
 
 void MultiInputDriver::enableIr()
 {
-    delivery->set(&Switches::remote, true);
+    delivery->irEnabled = true;
 }
 
 void MultiInputDriver::disableIr()
 {
-    delivery->set(&Switches::remote, false);
+    delivery->irEnabled = false;
 }
 
 bool MultiInputDriver::isHotplugEnabled() const
 {
-    return delivery->isSet(&Switches::hotplug);
+    return delivery->hotplugEnabled;
 }
 
 bool MultiInputDriver::isMouseEnabled() const
 {
-    return delivery->isSet(&Switches::mouse);
+    return delivery->mouseEnabled;
 }
 
 bool MultiInputDriver::isKeyboardEnabled() const
 {
-    return delivery->isSet(&Switches::keyboard);
+    return delivery->keyboardEnabled;
 }
 
 bool MultiInputDriver::isIrEnabled() const
 {
-    return delivery->isSet(&Switches::remote);
+    return delivery->irEnabled;
 }
 
 void MultiInputDriver::injectInputEvent(std::shared_ptr<const IWindowEvent::InputEvent> event,

@@ -19,9 +19,8 @@ public:
     explicit PlatformHelper(const std::string& token);
     ~PlatformHelper() override;
 
-    /// Registers this process with the process manager (the server "ORU") under its uid. Never blocks, never throws:
-    /// the message is left with the manager's socket and nobody waits for an answer; where there is no manager, that is
-    /// one debug line.
+    /// Announces the application to the process manager. Never blocks, never throws. There is no process manager in
+    /// this version of the library, so the call has no effect yet.
     void startHelper() noexcept;
 
 private:
