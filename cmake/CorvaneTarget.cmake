@@ -15,12 +15,17 @@ function(corvane_target name)
     endif()
 endfunction()
 
-# corvane_library(SHORT): a shared library corvane-SHORT (or corvane itself), its alias and what is installed of it.
+# corvane_library(NAME ALIAS [EXPORT]): a shared library, its alias corvane::ALIAS and what is installed of it. EXPORT
+# names the targets file of the package that tells of it, for a library that a box may go without.
 function(corvane_library name alias)
+    set(export corvane-targets)
+    if(ARGC GREATER 2)
+        set(export ${ARGV2})
+    endif()
     add_library(${name} SHARED)
     add_library(corvane::${alias} ALIAS ${name})
     corvane_target(${name})
     set_target_properties(${name} PROPERTIES EXPORT_NAME ${alias} VERSION ${PROJECT_VERSION}
                                              SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
-    install(TARGETS ${name} EXPORT corvane-targets)
+    install(TARGETS ${name} EXPORT ${export})
 endfunction()

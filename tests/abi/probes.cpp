@@ -4,6 +4,8 @@
 /// class it derives from: what precedes it is that class's table. A probe gives every pure operation a body, because a
 /// pure one leaves no name in the table.
 #include <corvane/APPRPCServer.h>
+#include <corvane/DFBCursor.h>
+#include <corvane/DFBInputSink.h>
 #include <corvane/Window.h>
 #include <corvane/WindowExec.h>
 #include <corvane/foundation/Event.h>
@@ -77,6 +79,18 @@ struct ICursorProbe : Surface<ICursor> {
     CursorState getCursorState() override { return CURSOR_STATE_NORMAL; }
 };
 void ICursorProbe::endOfTable() {}
+
+struct DFBCursorProbe : DFBCursor {
+    using DFBCursor::DFBCursor;
+    virtual void endOfTable();
+};
+void DFBCursorProbe::endOfTable() {}
+
+struct DFBInputSinkProbe : DFBInputSink {
+    using DFBInputSink::DFBInputSink;
+    virtual void endOfTable();
+};
+void DFBInputSinkProbe::endOfTable() {}
 
 struct ActiveObjectProbe : ActiveObject {
     virtual void endOfTable();

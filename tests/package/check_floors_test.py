@@ -75,6 +75,15 @@ class CheckFloors(unittest.TestCase):
     def test_refuses_another_library_in_a_public_header(self):
         self.assert_refused("include/corvane/foundation/Text.h", PUBLIC + "#include <json/json.h>\n", "keeps other")
 
+    def test_accepts_the_keys_of_directfb_in_the_one_public_header_that_gives_them(self):
+        keys = "platform/input/include/corvane/input/DFBInputEvents.h"
+        self.write(keys, PUBLIC + "#include <directfb_keyboard.h>\n")
+        self.assertEqual(self.check().returncode, 0, self.check().stdout)
+        self.assert_refused(keys, PUBLIC + "#include <directfb.h>\n", "keeps other")
+
+    def test_refuses_the_keys_of_directfb_in_another_public_header(self):
+        self.assert_refused("include/corvane/DFBCursor.h", PUBLIC + "#include <directfb_keyboard.h>\n", "keeps other")
+
     def test_refuses_another_library_in_the_wrong_place(self):
         self.assert_refused("src/server/Reply.cpp", "#include <simdjson.h>\n", "not for this place")
 

@@ -5,6 +5,8 @@
 #   pkg-config    the same without CMake
 #   examples      builds the examples as a project of their own
 #   corvanectl    runs the installed program
+#   directfb      builds and runs the consumer of the component directfb, by CMake and by pkg-config
+#   cursor        compares the installed picture of the mouse pointer with what its script draws
 set -euo pipefail
 step=$1 build=$2 work=$3 compiler=$4
 here=$(dirname "$(readlink -f "$0")")
@@ -45,6 +47,20 @@ examples)
     ;;
 corvanectl)
     "$prefix/bin/corvanectl" --help | grep -i corvanectl
+    ;;
+directfb)
+    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name corvane-directfb.pc)")
+    export PKG_CONFIG_PATH DFBARGS=system=dummy,no-banner,quiet,no-sighandler,disable-module=linux_input
+    build_project "$here/directfb-consumer" directfb-consumer
+    "$work/directfb-consumer/directfb-consumer" | grep -x 'symbol 61451, pointer shown'
+    read -ra flags < <(pkg-config --cflags --libs corvane-directfb | sed 's/-I\([^ ]*directfb\)/-isystem \1/')
+    "$compiler" -std=c++20 "$here/directfb-consumer/main.cpp" -o "$work/directfb-by-pkg-config" "${flags[@]}"
+    LD_LIBRARY_PATH=$(pkg-config --variable=libdir corvane) "$work/directfb-by-pkg-config" |
+        grep -x 'symbol 61451, pointer shown'
+    ;;
+cursor)
+    "$here/../../assets/draw_cursor.py" "$work/drawn.png"
+    cmp "$work/drawn.png" "$prefix/etc/cursor.png"
     ;;
 *)
     echo "unknown step: $step" >&2

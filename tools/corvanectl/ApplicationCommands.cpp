@@ -1,12 +1,8 @@
 #include "Commands.h"
 #include "Output.h"
 #include "Server.h"
-#include "Values.h"
 
 #include <corvane/interfaces/ILifecycleManagement.h>
-#include <corvane/interfaces/IWindowEvent.h>
-#include <limits>
-#include <memory>
 
 namespace Corvanectl
 {
@@ -48,32 +44,6 @@ void showStatistics(const std::string& uid, const Options& options)
                 {"memory", std::to_string(statistics.getMaxResidentSet()) + " kB at most"}});
 }
 
-struct Key {
-    std::string code;
-    bool pressOnly = false;
-    bool releaseOnly = false;
-};
-
-std::string sendKey(Server& server, const std::string& code, bool pressed)
-{
-    const Corvane::IWindowEvent::KeyEvent event(static_cast<unsigned int>(std::stoul(code)), pressed);
-    return server.call("IWindow::handleEvent", writeObject("event", event.serialize()));
-}
-
-void pressKey(const std::string& uid, const Key& key, const Options& options)
-{
-    const std::string code = readNumber(key.code, std::numeric_limits<unsigned int>::max());
-    Server server(uid, options);
-    for (const bool pressed : {true, false}) {
-        if (pressed ? key.releaseOnly : key.pressOnly)
-            continue;
-        const std::string word = pressed ? "pressed" : "released";
-        const std::string used = sendKey(server, code, pressed);
-        printLine(options.json ? writeObject(word, used)
-                               : "key " + code + " " + word + ": " + (used == "true" ? "used" : "not used"));
-    }
-}
-
 } // namespace
 
 void addApplicationCommands(CLI::App& app, Options& options)
@@ -84,14 +54,6 @@ void addApplicationCommands(CLI::App& app, Options& options)
 
     for (const Request& request : REQUESTS)
         addRequest(app, options, request);
-
-    CLI::App& command = addCommand(app, options, "key", "Presses and releases a key in a window", "key demo 28");
-    const auto key = std::make_shared<Key>();
-    const auto receiver = addUid(command);
-    addRequired(command, "CODE", key->code, "Linux key code, as a number (KEY_ENTER is 28)");
-    CLI::Option* press = command.add_flag("--press", key->pressOnly, "Only press it");
-    command.add_flag("--release", key->releaseOnly, "Only release it")->excludes(press);
-    command.callback([receiver, key, &options] { pressKey(*receiver, *key, options); });
 }
 
 } // namespace Corvanectl

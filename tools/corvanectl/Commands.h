@@ -45,7 +45,14 @@ std::shared_ptr<std::string> addUid(CLI::App& command);
 void addServerCommands(CLI::App& app, Options& options);      ///< list, call
 void addDescribeCommand(CLI::App& app, Options& options);     ///< describe
 void addMonitorCommand(CLI::App& app, Options& options);      ///< monitor
-void addApplicationCommands(CLI::App& app, Options& options); ///< stats, activate, suspend, terminate, key
+void addApplicationCommands(CLI::App& app, Options& options); ///< stats, activate, suspend, terminate
+void addKeyCommand(CLI::App& app, Options& options);          ///< key
 void addPropertyCommands(CLI::App& app, Options& options);    ///< state, focus, visibility, opacity, z-order, location
+
+void addBoxCommands(CLI::App& app, Options& options); ///< launch, stop, restart
+void addBoxViews(CLI::App& app, Options& options);    ///< ps, history, windows
+
+/// Gives the input focus to a window through the process manager, or takes it away, and waits until it is done.
+void moveFocus(const std::string& uid, bool focus, const Options& options);
 
 } // namespace Corvanectl

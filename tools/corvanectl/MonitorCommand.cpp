@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "Manager.h"
 #include "Output.h"
 #include "Server.h"
 
@@ -64,7 +65,7 @@ public:
         if (limit > 0 && count == limit)
             return;
         print(json ? writeNotification(server, name, payload)
-                   : makePrintable(findUid(server)) + "  " + makePrintable(name) + describeFields(payload));
+                   : findSubject(server, payload) + "  " + makePrintable(name) + describeFields(payload));
         if (++count == limit)
             EndSignals::raise();
     }
@@ -83,6 +84,15 @@ private:
         printLine(json ? text : tellTime() + "  " + text);
         if (!std::cout.flush())
             EndSignals::raise();
+    }
+
+    /// Whom a notification is about: the process manager names the application in it.
+    static std::string findSubject(const std::string& server, const std::string& payload)
+    {
+        std::string_view uid;
+        const JsonText fields(payload);
+        const bool isNamed = server == MANAGER && fields.root["uid"].get(uid) == simdjson::SUCCESS && !uid.empty();
+        return makePrintable(isNamed ? std::string(uid) : findUid(server));
     }
 
     /// The members but the uid, which the line begins with.
@@ -127,6 +137,9 @@ private:
 
 std::vector<std::string> findServers(const std::vector<std::string>& uids)
 {
+    // The process manager tells what all applications tell: one connection sees the whole box.
+    if (uids.empty() && hasManager())
+        return {MANAGER};
     if (uids.empty())
         return Corvane::RPCClient::listServers();
     std::vector<std::string> names;
@@ -168,7 +181,8 @@ void addMonitorCommand(CLI::App& app, Options& options)
                                    "it is interrupted",
                                    "monitor --count 1 demo");
     const auto arguments = std::make_shared<Arguments>();
-    command.add_option("UID", arguments->uids, "Whom to watch; without any: every server that lives now")
+    command
+        .add_option("UID", arguments->uids, "Whom to watch; without any: the whole box, or every server that lives now")
         ->option_text("...");
     command.add_option("--count", arguments->limit, "End after so many notifications")
         ->check(CLI::Range(1UL, 4294967295UL))

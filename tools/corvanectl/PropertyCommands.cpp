@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "Manager.h"
 #include "Output.h"
 #include "Server.h"
 #include "Values.h"
@@ -38,8 +39,8 @@ struct Property {
 const Property PROPERTIES[] = {
     {"state", "Shows or sets the state of an application (it may refuse silently)", "IApplication::getState",
      "IApplication::setState", "requestedState", "STATE", "RUNNING", readState, showPlain},
-    {"focus", "Shows, gives or takes the input focus of a window", "IWindow::isFocused", "IWindow::handleFocus",
-     "obtained", "on|off", "on", readSwitch, showSwitch},
+    {"focus", "Gives or takes the input focus of a window; without a process manager and a value, shows it",
+     "IWindow::isFocused", "IWindow::handleFocus", "obtained", "on|off", "on", readSwitch, showSwitch},
     {"visibility", "Shows or sets whether a window is visible", "IWindow::getVisibility", "IWindow::setVisibility",
      "visibility", "on|off", "off", readSwitch, showSwitch},
     {"opacity", "Shows or sets the opacity of a window", "IWindow::getOpacity", "IWindow::setOpacity", "opacity",
@@ -50,14 +51,25 @@ const Property PROPERTIES[] = {
      "location", "X,Y,W,H", "100,50,640,360", readLocation, showLocation},
 };
 
+bool isFocus(const Property& property)
+{
+    return property.getter == std::string("IWindow::isFocused");
+}
+
 void setProperty(const Property& property, const std::string& uid, const std::string& text, const Options& options)
 {
+    // One window at a time has the focus: who else has it, only the process manager knows.
+    if (isFocus(property) && hasManager())
+        return moveFocus(uid, readSwitch(text) == "true", options);
     const std::string parameters = writeObject(property.key, property.read(text));
     printResult(Server(uid, options).call(property.setter, parameters), options.json);
 }
 
 void showProperty(const Property& property, const std::string& uid, const Options& options)
 {
+    // Where a process manager runs, to name a window is to give it the focus; `windows` shows who has it.
+    if (isFocus(property) && hasManager())
+        return moveFocus(uid, true, options);
     const std::string value = Server(uid, options).call(property.getter);
     printLine(options.json ? value : property.show(value));
 }

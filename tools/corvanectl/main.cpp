@@ -112,5 +112,8 @@ int main(int argc, char** argv)
     addMonitorCommand(app, options);
     addPropertyCommands(app, options);
     addApplicationCommands(app, options);
+    addBoxCommands(app, options);
+    addBoxViews(app, options);
+    addKeyCommand(app, options);
     return runCommand(app, argc, argv);
 }

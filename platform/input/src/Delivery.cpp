@@ -5,8 +5,8 @@
 #include <corvane/Foundation.h>
 #include <cstring>
 #include <exception>
-#include <poll.h>
 #include <sys/eventfd.h>
+#include <utility>
 
 namespace Corvane
 {
@@ -27,7 +27,12 @@ int createEvent()
 
 } // namespace
 
-MultiInputDriver::Delivery::Delivery() : ActiveObject("InputDriver"), wakeUp(createEvent()) {}
+MultiInputDriver::Delivery::Delivery()
+    : ActiveObject("InputDriver"),
+      wakeUp(createEvent()),
+      devices(wakeUp.get(), [this](auto event, unsigned int session) { append(std::move(event), session); })
+{
+}
 
 MultiInputDriver::Delivery::~Delivery()
 {
@@ -66,26 +71,41 @@ void MultiInputDriver::Delivery::queue(EventPointer event, unsigned int sessionI
 {
     if (event == nullptr)
         return;
+    append(std::move(event), sessionIndex);
+    wake();
+}
+
+void MultiInputDriver::Delivery::append(EventPointer event, unsigned int sessionIndex)
+{
+    std::lock_guard guard(mutex);
+    events.push_back({std::move(event), sessionIndex});
+}
+
+void MultiInputDriver::Delivery::set(bool DeviceTable::Switches::*which, bool on)
+{
     {
         std::lock_guard guard(mutex);
-        events.push_back({std::move(event), sessionIndex});
+        if (std::exchange(switches.*which, on) == on)
+            return;
     }
     wake();
+}
+
+bool MultiInputDriver::Delivery::isSet(bool DeviceTable::Switches::*which) const
+{
+    return getSwitches().*which;
+}
+
+DeviceTable::Switches MultiInputDriver::Delivery::getSwitches() const
+{
+    std::lock_guard guard(mutex);
+    return switches;
 }
 
 void MultiInputDriver::Delivery::wake()
 {
     // Cannot fail: the counter is far from its limit, for the thread takes it back to 0.
     eventfd_write(wakeUp.get(), 1);
-}
-
-void MultiInputDriver::Delivery::sleep()
-{
-    pollfd source{wakeUp.get(), POLLIN, 0};
-    poll(&source, 1, -1);
-    // Taken before the queue is looked at: whatever is queued later wakes the thread again.
-    eventfd_t count = 0;
-    eventfd_read(wakeUp.get(), &count);
 }
 
 int MultiInputDriver::Delivery::thread()
@@ -95,8 +115,9 @@ int MultiInputDriver::Delivery::thread()
         threadId = std::this_thread::get_id();
     }
     while (!stopping) {
+        devices.apply(getSwitches());
         deliverWaiting();
-        sleep();
+        devices.wait();
     }
     return 0;
 }

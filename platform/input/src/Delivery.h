@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DeviceTable.h"
+
 #include <atomic>
 #include <condition_variable>
 #include <corvane/common/ActiveObject.h>
@@ -14,7 +16,8 @@
 namespace Corvane
 {
 
-/// The thread of a MultiInputDriver, the events that wait for it, and the listeners that it calls. Thread-safe.
+/// The thread of a MultiInputDriver, the devices that it reads, the events that wait, and the listeners that it calls.
+/// Thread-safe.
 class MultiInputDriver::Delivery : private ActiveObject
 {
 public:
@@ -31,10 +34,9 @@ public:
     void removeListener(Listener* listener);
     void queue(EventPointer event, unsigned int sessionIndex);
 
-    std::atomic<bool> hotplugEnabled{false};
-    std::atomic<bool> mouseEnabled{false};
-    std::atomic<bool> keyboardEnabled{false};
-    std::atomic<bool> irEnabled{false};
+    /// Turns a class of devices, or the hearing of new ones, on or off.
+    void set(bool DeviceTable::Switches::*which, bool on);
+    bool isSet(bool DeviceTable::Switches::*which) const;
 
 private:
     struct Registration {
@@ -48,17 +50,20 @@ private:
     };
 
     int thread() override;
+    void append(EventPointer event, unsigned int sessionIndex);
     void wake();
-    void sleep();
+    DeviceTable::Switches getSwitches() const;
     void deliverWaiting();
     void deliver(const QueuedEvent& queued, std::unique_lock<std::mutex>& lock);
     static void call(Listener& listener, const IWindowEvent::InputEvent& event);
 
     const FileDescriptor wakeUp; ///< an eventfd: readable when there is something to do
+    DeviceTable devices;         ///< of the thread alone
     std::atomic<bool> stopping{false};
-    std::mutex startMutex; ///< ActiveObject leaves the ordering of starts to its owner
-    std::mutex mutex;      ///< guards everything below; never held while a listener runs
+    std::mutex startMutex;    ///< ActiveObject leaves the ordering of starts to its owner
+    mutable std::mutex mutex; ///< guards everything below; never held while a listener runs
     std::condition_variable callEnded;
+    DeviceTable::Switches switches;
     std::vector<Registration> registrations; ///< in the order of registration
     std::deque<QueuedEvent> events;
     Listener* called = nullptr; ///< the listener that runs now

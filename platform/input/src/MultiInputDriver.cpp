@@ -5,6 +5,8 @@
 namespace Corvane
 {
 
+using Switches = DeviceTable::Switches;
+
 MultiInputDriver::MultiInputDriver() : delivery(std::make_unique<Delivery>()) {}
 
 MultiInputDriver::~MultiInputDriver() = default;
@@ -26,62 +28,62 @@ void MultiInputDriver::removeInputEventListener(IWindowEvent::IInputEventListene
 
 void MultiInputDriver::enableHotplug()
 {
-    delivery->hotplugEnabled = true;
+    delivery->set(&Switches::hotplug, true);
 }
 
 void MultiInputDriver::disableHotplug()
 {
-    delivery->hotplugEnabled = false;
+    delivery->set(&Switches::hotplug, false);
 }
 
 void MultiInputDriver::enableMouse()
 {
-    delivery->mouseEnabled = true;
+    delivery->set(&Switches::mouse, true);
 }
 
 void MultiInputDriver::disableMouse()
 {
-    delivery->mouseEnabled = false;
+    delivery->set(&Switches::mouse, false);
 }
 
 void MultiInputDriver::enableKeyboard()
 {
-    delivery->keyboardEnabled = true;
+    delivery->set(&Switches::keyboard, true);
 }
 
 void MultiInputDriver::disableKeyboard()
 {
-    delivery->keyboardEnabled = false;
+    delivery->set(&Switches::keyboard, false);
 }
 
 void MultiInputDriver::enableIr()
 {
-    delivery->irEnabled = true;
+    delivery->set(&Switches::remote, true);
 }
 
 void MultiInputDriver::disableIr()
 {
-    delivery->irEnabled = false;
+    delivery->set(&Switches::remote, false);
 }
 
 bool MultiInputDriver::isHotplugEnabled() const
 {
-    return delivery->hotplugEnabled;
+    return delivery->isSet(&Switches::hotplug);
 }
 
 bool MultiInputDriver::isMouseEnabled() const
 {
-    return delivery->mouseEnabled;
+    return delivery->isSet(&Switches::mouse);
 }
 
 bool MultiInputDriver::isKeyboardEnabled() const
 {
-    return delivery->keyboardEnabled;
+    return delivery->isSet(&Switches::keyboard);
 }
 
 bool MultiInputDriver::isIrEnabled() const
 {
-    return delivery->irEnabled;
+    return delivery->isSet(&Switches::remote);
 }
 
 void MultiInputDriver::injectInputEvent(std::shared_ptr<const IWindowEvent::InputEvent> event,

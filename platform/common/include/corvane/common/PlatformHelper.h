@@ -19,8 +19,9 @@ public:
     explicit PlatformHelper(const std::string& token);
     ~PlatformHelper() override;
 
-    /// Announces the application to the process manager. Never blocks, never throws. There is no process manager in
-    /// this version of the library, so the call has no effect yet.
+    /// Registers this process with the process manager (the server "ORU") under its uid. Never blocks, never throws:
+    /// the message is left with the manager's socket and nobody waits for an answer; where there is no manager, that is
+    /// one debug line.
     void startHelper() noexcept;
 
 private:

@@ -11,7 +11,9 @@ namespace Corvane
 /// Listeners are called on the driver's own thread, in the order of the events; no lock is held while one runs, so it
 /// may add and remove listeners. The thread sleeps until there is something to deliver.
 ///
-/// This version reads no devices yet: it delivers what is injected into it, and keeps which classes are enabled.
+/// Devices are looked for when the driver starts and, with hotplug enabled, as they come and go. Those of a class that
+/// is disabled are closed; what was held on a device that is closed is released. A device that cannot be opened is one
+/// debug line and hinders no other. docs/input.md says which events a device gives.
 ///
 ///     MultiInputDriver* driver = Singleton<InputDriver>::getInstance<MultiInputDriver>();
 ///     driver->addInputEventListener(&listener, 0);

@@ -1,0 +1,79 @@
+#include "DeviceKind.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <libevdev/libevdev.h>
+#include <libudev.h>
+#include <linux/input.h>
+
+namespace Corvane
+{
+
+namespace
+{
+
+bool hasProperty(udev_device& device, const char* name)
+{
+    const char* const value = udev_device_get_property_value(&device, name);
+    return value != nullptr && std::strcmp(value, "1") == 0;
+}
+
+/// Whether the device is fed by the television: over the cable, by its remote control.
+bool isOnCecBus(udev_device& device)
+{
+    constexpr int HEXADECIMAL = 16;
+    udev_device* const input = udev_device_get_parent_with_subsystem_devtype(&device, "input", nullptr);
+    const char* const bus = input != nullptr ? udev_device_get_sysattr_value(input, "id/bustype") : nullptr;
+    return bus != nullptr && std::strtol(bus, nullptr, HEXADECIMAL) == BUS_CEC;
+}
+
+bool has(const libevdev& device, unsigned int type, unsigned int code)
+{
+    return libevdev_has_event_code(&device, type, code) != 0;
+}
+
+bool isPointer(const libevdev& device)
+{
+    const bool isRelative = has(device, EV_REL, REL_X) && has(device, EV_REL, REL_Y);
+    const bool isAbsolute = has(device, EV_ABS, ABS_X) && has(device, EV_ABS, ABS_Y);
+    return has(device, EV_KEY, BTN_LEFT) && (isRelative || isAbsolute);
+}
+
+/// Escape, the digits and the upper row of letters are on every keyboard, and together on nothing else.
+bool isKeyboard(const libevdev& device)
+{
+    for (unsigned int code = KEY_ESC; code < KEY_S; ++code)
+        if (!has(device, EV_KEY, code))
+            return false;
+    return true;
+}
+
+} // namespace
+
+std::optional<DeviceKind> classify(udev_device& device)
+{
+    // First: receivers of remote controls say of themselves that they are mice, and often that they are keyboards.
+    if (udev_device_get_parent_with_subsystem_devtype(&device, "rc", nullptr) != nullptr || isOnCecBus(device))
+        return DeviceKind::REMOTE;
+    if (hasProperty(device, "ID_INPUT_MOUSE"))
+        return DeviceKind::MOUSE;
+    if (hasProperty(device, "ID_INPUT_KEYBOARD"))
+        return DeviceKind::KEYBOARD;
+    // A few keys and no keyboard: the buttons of the box itself, or a remote control that comes as a USB device.
+    if (hasProperty(device, "ID_INPUT_KEY"))
+        return DeviceKind::REMOTE;
+    if (hasProperty(device, "ID_INPUT"))
+        return DeviceKind::NONE;
+    return {};
+}
+
+DeviceKind classify(const libevdev& device)
+{
+    if (isPointer(device))
+        return DeviceKind::MOUSE;
+    if (isKeyboard(device))
+        return DeviceKind::KEYBOARD;
+    return libevdev_has_event_type(&device, EV_KEY) != 0 ? DeviceKind::REMOTE : DeviceKind::NONE;
+}
+
+} // namespace Corvane

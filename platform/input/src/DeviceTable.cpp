@@ -1,0 +1,184 @@
+#include "DeviceTable.h"
+
+#include "ScreenSize.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <corvane/Foundation.h>
+#include <cstring>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <system_error>
+#include <utility>
+
+namespace Corvane
+{
+
+namespace
+{
+
+constexpr const char* TAG = "MultiInputDriver";
+constexpr const char* COMPONENT = "DeviceTable";
+
+} // namespace
+
+DeviceTable::DeviceTable(int wakeUp, Sink sink)
+    : epoll(epoll_create1(EPOLL_CLOEXEC)), wakeUp(wakeUp), sink(std::move(sink)), screen(readScreenSize())
+{
+    if (!epoll.isOpen()) {
+        corvaneDebugPrint(DEBUG_ERROR, TAG, COMPONENT, __LINE__, "epoll_create1 failed %s", std::strerror(errno));
+        throw Exception(RETURN_REFUSED_BY_SYSTEM);
+    }
+    watch(wakeUp, nullptr);
+}
+
+void DeviceTable::watch(int descriptor, void* meaning)
+{
+    epoll_event event{.events = EPOLLIN, .data = {.ptr = meaning}};
+    epoll_ctl(epoll.get(), EPOLL_CTL_ADD, descriptor, &event);
+}
+
+void DeviceTable::apply(const Switches& wanted)
+{
+    if (switches == wanted)
+        return;
+    const std::optional<Switches> before = std::exchange(switches, wanted);
+    if (before.value_or(Switches{}).hotplug != wanted.hotplug)
+        switchHotplug();
+    // Listening comes first: what is plugged in meanwhile is reported twice rather than not at all.
+    if (!before || (wanted.hotplug && !before->hotplug))
+        monitor.reportAll([this](const DeviceReport& report) { hear(report); });
+    for (auto& [name, entry] : entries)
+        update(entry);
+}
+
+void DeviceTable::switchHotplug()
+{
+    if (!switches->hotplug)
+        return monitor.stopListening();
+    const int descriptor = monitor.listen();
+    if (descriptor >= 0)
+        watch(descriptor, &monitor);
+}
+
+void DeviceTable::hear(const DeviceReport& report)
+{
+    if (report.isGone)
+        return forget(report);
+    const auto [named, isNew] = entries.try_emplace(report.name, Entry{report});
+    Entry& entry = named->second;
+    const bool hasOtherKind = report.kind && report.kind != entry.report.kind;
+    // The daemon may say more, or something else, of a device that was found before its rules had run.
+    if (hasOtherKind || report.sessionIndex != entry.report.sessionIndex) {
+        close(entry);
+        entry.report = report;
+    }
+    update(entry);
+}
+
+void DeviceTable::forget(const DeviceReport& report)
+{
+    if (const auto named = entries.find(report.name); named != entries.end()) {
+        close(named->second);
+        entries.erase(named);
+    }
+}
+
+bool DeviceTable::isWanted(DeviceKind kind) const
+{
+    return (kind == DeviceKind::MOUSE && switches->mouse) || (kind == DeviceKind::KEYBOARD && switches->keyboard) ||
+           (kind == DeviceKind::REMOTE && switches->remote);
+}
+
+void DeviceTable::update(Entry& entry)
+{
+    // A device of a kind that is not known yet is opened to find out, unless nothing is wanted at all.
+    const bool mayBeWanted =
+        entry.report.kind ? isWanted(*entry.report.kind) : switches->mouse || switches->keyboard || switches->remote;
+    if (mayBeWanted && entry.device == nullptr)
+        open(entry);
+    else if (!mayBeWanted && entry.device != nullptr)
+        close(entry);
+}
+
+void DeviceTable::open(Entry& entry)
+{
+    try {
+        auto device = std::make_unique<EventDevice>(entry.report.path);
+        entry.hasFailed = false;
+        if (!entry.report.kind)
+            entry.report.kind = device->findKind();
+        if (!isWanted(*entry.report.kind))
+            return;
+        device->start(*entry.report.kind, screen,
+                      [this, session = entry.report.sessionIndex](auto event) { sink(std::move(event), session); });
+        watch(device->getDescriptor(), &entry);
+        entry.device = std::move(device);
+    } catch (const std::system_error& failure) {
+        if (!std::exchange(entry.hasFailed, true))
+            corvaneDebugPrint(DEBUG_WARNING, TAG, COMPONENT, __LINE__, "cannot open %s: %s\n",
+                              entry.report.path.c_str(), failure.code().message().c_str());
+    }
+}
+
+void DeviceTable::close(Entry& entry)
+{
+    if (entry.device != nullptr)
+        entry.device->releaseAll();
+    entry.device = nullptr;
+    entry.isReady = false;
+    entry.isHungUp = false;
+}
+
+void DeviceTable::wait()
+{
+    const bool isAnyReady = std::ranges::any_of(entries, [](const auto& named) { return named.second.isReady; });
+    std::array<epoll_event, 16> events{};
+    const int count = epoll_wait(epoll.get(), events.data(), events.size(), isAnyReady ? 0 : -1);
+    bool hasNews = false;
+    for (int i = 0; i < count; ++i) {
+        const epoll_event& event = events[static_cast<std::size_t>(i)];
+        if (event.data.ptr == nullptr)
+            takeWakeUp();
+        else if (event.data.ptr == &monitor)
+            hasNews = true;
+        else
+            markReady(*static_cast<Entry*>(event.data.ptr), event.events);
+    }
+    readDevices();
+    // Last: it may take entries away.
+    if (hasNews)
+        monitor.reportNews([this](const DeviceReport& report) { hear(report); });
+}
+
+void DeviceTable::takeWakeUp() const
+{
+    eventfd_t count = 0;
+    eventfd_read(wakeUp, &count);
+}
+
+void DeviceTable::markReady(Entry& entry, unsigned int events)
+{
+    entry.isReady = true;
+    entry.isHungUp = (events & (EPOLLHUP | EPOLLERR)) != 0;
+}
+
+void DeviceTable::readDevices()
+{
+    for (auto next = entries.begin(); next != entries.end();) {
+        const auto current = next++;
+        Entry& entry = current->second;
+        if (!entry.isReady)
+            continue;
+        const EventDevice::Reading reading = entry.device->read();
+        entry.isReady = reading == EventDevice::Reading::MORE;
+        // A device that hung up would keep the thread awake for ever.
+        if (reading == EventDevice::Reading::LOST || (reading == EventDevice::Reading::DONE && entry.isHungUp)) {
+            close(entry);
+            entries.erase(current);
+        }
+    }
+}
+
+} // namespace Corvane

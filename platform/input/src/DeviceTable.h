@@ -1,0 +1,74 @@
+#pragma once
+
+#include "DeviceMonitor.h"
+#include "EventDevice.h"
+
+#include <corvane/common/FileDescriptor.h>
+#include <corvane/interfaces/ISurfaceCompositing.h>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace Corvane
+{
+
+/// The input devices of the machine, those of the enabled classes open. Belongs to the driver's thread.
+///
+///     table.apply({.hotplug = true, .mouse = true});
+///     table.wait();
+class DeviceTable
+{
+public:
+    struct Switches {
+        bool hotplug = false;
+        bool mouse = false;
+        bool keyboard = false;
+        bool remote = false;
+        bool operator==(const Switches&) const = default;
+    };
+    /// Takes an event and the session that it belongs to.
+    using Sink = std::function<void(EventTranslator::EventPointer, unsigned int)>;
+
+    /// @param wakeUp  an eventfd that ends wait(); taken back to 0 then
+    /// @throws Exception  code 7 when the system refuses a descriptor
+    DeviceTable(int wakeUp, Sink sink);
+
+    /// Opens and closes devices; the first call looks for them.
+    void apply(const Switches& wanted);
+    /// Sleeps until a device or the eventfd has something, and passes on at most one event of each device: their turns
+    /// keep one that floods from delaying the others.
+    void wait();
+
+private:
+    struct Entry {
+        DeviceReport report;
+        std::unique_ptr<EventDevice> device = nullptr; ///< null while it is closed
+        bool isReady = false;                          ///< there may be something to read
+        bool isHungUp = false;                         ///< and nothing more will come
+        bool hasFailed = false;                        ///< to open, which was told
+    };
+
+    void watch(int descriptor, void* meaning);
+    void switchHotplug();
+    void hear(const DeviceReport& report);
+    void forget(const DeviceReport& report);
+    bool isWanted(DeviceKind kind) const;
+    void update(Entry& entry);
+    void open(Entry& entry);
+    static void close(Entry& entry);
+    void takeWakeUp() const;
+    static void markReady(Entry& entry, unsigned int events);
+    void readDevices();
+
+    const FileDescriptor epoll;
+    const int wakeUp;
+    const Sink sink;
+    const ISurfaceCompositing::Dimensions screen;
+    DeviceMonitor monitor;
+    std::optional<Switches> switches;     ///< as they were applied last
+    std::map<std::string, Entry> entries; ///< by name
+};
+
+} // namespace Corvane

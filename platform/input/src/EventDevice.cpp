@@ -1,0 +1,99 @@
+#include "EventDevice.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <libevdev/libevdev.h>
+#include <system_error>
+
+namespace Corvane
+{
+
+namespace
+{
+
+/// How many reports without a meaning are skipped at a time: a flood of them must not hold up other devices either.
+constexpr int REPORTS_AT_A_TIME = 64;
+
+int openNode(const std::string& path)
+{
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        throw std::system_error(errno, std::generic_category());
+    return descriptor;
+}
+
+EventTranslator::Axis getAxis(const libevdev& device, unsigned int code)
+{
+    return {libevdev_get_abs_minimum(&device, code), libevdev_get_abs_maximum(&device, code),
+            libevdev_get_event_value(&device, EV_ABS, code)};
+}
+
+} // namespace
+
+void EventDevice::Deleter::operator()(libevdev* device) const
+{
+    libevdev_free(device);
+}
+
+EventDevice::EventDevice(const std::string& path) : descriptor(openNode(path))
+{
+    libevdev* opened = nullptr;
+    const int result = libevdev_new_from_fd(descriptor.get(), &opened);
+    if (result < 0)
+        throw std::system_error(-result, std::generic_category());
+    device.reset(opened);
+}
+
+EventDevice::~EventDevice() = default;
+
+DeviceKind EventDevice::findKind() const
+{
+    return classify(*device);
+}
+
+void EventDevice::start(DeviceKind kind, const ISurfaceCompositing::Dimensions& screen, EventTranslator::Sink sink)
+{
+    translator.emplace(kind == DeviceKind::KEYBOARD, std::move(sink));
+    translator->setCapsLock(libevdev_get_event_value(device.get(), EV_LED, LED_CAPSL) != 0);
+    // Elsewhere the axes are a stick or a knob.
+    if (kind == DeviceKind::MOUSE)
+        findAxes(screen);
+}
+
+void EventDevice::findAxes(const ISurfaceCompositing::Dimensions& screen)
+{
+    const EventTranslator::Axis x = getAxis(*device, ABS_X);
+    const EventTranslator::Axis y = getAxis(*device, ABS_Y);
+    if (x.minimum < x.maximum && y.minimum < y.maximum)
+        translator->setAbsolute(x, y, screen);
+}
+
+EventDevice::Reading EventDevice::read()
+{
+    for (int i = 0; i < REPORTS_AT_A_TIME; ++i) {
+        input_event event{};
+        const unsigned int mode = isSynchronising ? LIBEVDEV_READ_FLAG_SYNC : LIBEVDEV_READ_FLAG_NORMAL;
+        const int result = libevdev_next_event(device.get(), mode, &event);
+        if (result == LIBEVDEV_READ_STATUS_SUCCESS || result == LIBEVDEV_READ_STATUS_SYNC) {
+            isSynchronising = result == LIBEVDEV_READ_STATUS_SYNC;
+            translator->handle(event.type, event.code, event.value);
+            // These two are what gives an event. It is delivered before more is read, so that it waits for nothing.
+            if (event.type == EV_KEY || event.type == EV_SYN)
+                return Reading::MORE;
+        } else if (result == -EAGAIN && isSynchronising) {
+            isSynchronising = false;
+        } else if (result == -EAGAIN) {
+            return Reading::DONE;
+        } else if (result != -EINTR) {
+            return Reading::LOST;
+        }
+    }
+    return Reading::MORE;
+}
+
+void EventDevice::releaseAll()
+{
+    translator->releaseAll();
+}
+
+} // namespace Corvane

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "DeviceKind.h"
+#include "EventTranslator.h"
+
+#include <corvane/common/FileDescriptor.h>
+#include <corvane/interfaces/ISurfaceCompositing.h>
+#include <memory>
+#include <optional>
+#include <string>
+
+struct libevdev;
+
+namespace Corvane
+{
+
+/// An open input device. Not synchronised.
+///
+/// It is never grabbed: several processes of a box read the same devices.
+class EventDevice
+{
+public:
+    enum class Reading {
+        DONE, ///< there is no more for now
+        MORE, ///< there may be more, although the descriptor need not say so
+        LOST  ///< the device is gone
+    };
+
+    /// @throws std::system_error  it cannot be opened
+    explicit EventDevice(const std::string& path);
+    ~EventDevice();
+    EventDevice(const EventDevice&) = delete;
+    EventDevice& operator=(const EventDevice&) = delete;
+
+    int getDescriptor() const { return descriptor.get(); }
+    DeviceKind findKind() const;
+
+    /// Says what to make of the events; once, before the first read().
+    void start(DeviceKind kind, const ISurfaceCompositing::Dimensions& screen, EventTranslator::Sink sink);
+    /// Passes on the next event, if there is one; does not block.
+    Reading read();
+    /// Passes on the releases of what is held.
+    void releaseAll();
+
+private:
+    struct Deleter {
+        void operator()(libevdev* device) const;
+    };
+
+    void findAxes(const ISurfaceCompositing::Dimensions& screen);
+
+    const FileDescriptor descriptor;
+    std::unique_ptr<libevdev, Deleter> device;
+    std::optional<EventTranslator> translator;
+    bool isSynchronising = false; ///< events were lost; what comes next is how the device's state changed meanwhile
+};
+
+} // namespace Corvane

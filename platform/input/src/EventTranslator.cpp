@@ -1,0 +1,181 @@
+#include "EventTranslator.h"
+
+#include "Characters.h"
+
+#include <algorithm>
+#include <limits>
+#include <linux/input-event-codes.h>
+#include <utility>
+
+namespace Corvane
+{
+
+using KeyEvent = IWindowEvent::KeyEvent;
+using AsciiEvent = IWindowEvent::AsciiEvent;
+using MouseEvent = IWindowEvent::MouseEvent;
+
+namespace
+{
+
+/// The values of a key.
+enum KeyValue { RELEASED = 0, PRESSED = 1, REPEATED = 2 };
+
+int clampToInt(std::int64_t value)
+{
+    return static_cast<int>(
+        std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
+} // namespace
+
+EventTranslator::EventTranslator(bool hasCharacters, Sink sink) : hasCharacters(hasCharacters), sink(std::move(sink)) {}
+
+void EventTranslator::setAbsolute(const Axis& x, const Axis& y, const ISurfaceCompositing::Dimensions& screen)
+{
+    position = {AbsoluteAxis{x, screen.getWidth()}, AbsoluteAxis{y, screen.getHeight()}};
+}
+
+void EventTranslator::setCapsLock(bool on)
+{
+    capsLocked = on;
+}
+
+void EventTranslator::handle(unsigned int type, unsigned int code, int value)
+{
+    if (type == EV_KEY)
+        handleKey(code, value);
+    else if (type == EV_REL)
+        handleRelative(code, value);
+    else if (type == EV_ABS)
+        handleAbsolute(code, value);
+    else if (type == EV_LED && code == LED_CAPSL)
+        setCapsLock(value != 0);
+    else if (type == EV_SYN && code == SYN_REPORT)
+        endFrame();
+    else if (type == EV_SYN && code == SYN_DROPPED)
+        dropFrame();
+}
+
+void EventTranslator::handleKey(unsigned int code, int value)
+{
+    if (code == KEY_RESERVED || code > KEY_MAX || value < RELEASED || value > REPEATED)
+        return;
+    if (code >= BTN_LEFT && code <= BTN_MIDDLE) {
+        if (value != REPEATED)
+            handleButton(buttons[code - BTN_LEFT], value == PRESSED);
+        return;
+    }
+    if (value != RELEASED) {
+        const auto [key, isNew] = held.try_emplace(code, characterOf(code));
+        if (isNew && code == KEY_CAPSLOCK)
+            setCapsLock(!capsLocked);
+        sendKey(code, key->second, true);
+    } else if (const auto key = held.extract(code)) {
+        // With the character of the press, although Shift may have been released in between.
+        sendKey(code, key.mapped(), false);
+    }
+}
+
+void EventTranslator::handleButton(Button& button, bool pressed)
+{
+    if (button.isPressed == pressed)
+        return;
+    // A click within one frame would vanish: one event tells of one change of a button.
+    if (button.hasChanged)
+        endFrame();
+    button = {pressed, true};
+}
+
+void EventTranslator::handleRelative(unsigned int code, int value)
+{
+    if (code == REL_X || code == REL_Y)
+        movement[code - REL_X] += value;
+    else if (code == REL_WHEEL) // and not REL_WHEEL_HI_RES, which tells of the same step once more
+        movement[2] -= value;
+}
+
+void EventTranslator::handleAbsolute(unsigned int code, int value)
+{
+    if (code > ABS_Y || position[code].extent == 0)
+        return;
+    position[code].axis.value = value;
+    hasPosition = true;
+}
+
+unsigned char EventTranslator::characterOf(unsigned int code) const
+{
+    // With one of these a key is a command and not a character.
+    if (!hasCharacters ||
+        isAnyHeld({KEY_LEFTCTRL, KEY_RIGHTCTRL, KEY_LEFTALT, KEY_RIGHTALT, KEY_LEFTMETA, KEY_RIGHTMETA}))
+        return 0;
+    return findCharacter(code, isAnyHeld({KEY_LEFTSHIFT, KEY_RIGHTSHIFT}), capsLocked);
+}
+
+bool EventTranslator::isAnyHeld(std::initializer_list<unsigned int> codes) const
+{
+    return std::ranges::any_of(codes, [this](unsigned int code) { return held.contains(code); });
+}
+
+void EventTranslator::sendKey(unsigned int code, unsigned char character, bool pressed)
+{
+    if (character != 0)
+        sink(std::make_shared<const AsciiEvent>(character, pressed));
+    else
+        sink(std::make_shared<const KeyEvent>(code, pressed));
+}
+
+int EventTranslator::AbsoluteAxis::getPixel() const
+{
+    const std::int64_t range = std::int64_t{axis.maximum} - axis.minimum;
+    if (range <= 0)
+        return 0;
+    const std::int64_t place = std::clamp(axis.value, axis.minimum, axis.maximum) - std::int64_t{axis.minimum};
+    return clampToInt(place * (extent - 1) / range);
+}
+
+MouseEvent::Buttons EventTranslator::takeButtons()
+{
+    const auto [left, right, middle] = buttons;
+    for (Button& button : buttons)
+        button.hasChanged = false;
+    return {left.isPressed, middle.isPressed, right.isPressed, left.hasChanged, middle.hasChanged, right.hasChanged};
+}
+
+void EventTranslator::endFrame()
+{
+    const auto [x, y, z] = std::exchange(movement, {});
+    const bool hasMoved = x != 0 || y != 0 || z != 0;
+    const bool isPlaced = std::exchange(hasPosition, false);
+    if (!hasMoved && !isPlaced && std::ranges::none_of(buttons, &Button::hasChanged))
+        return;
+    const MouseEvent::Buttons state = takeButtons();
+    const MouseEvent::Movement delta(clampToInt(x), clampToInt(y), clampToInt(z));
+    const MouseEvent::Position place(position[0].getPixel(), position[1].getPixel());
+    if (isPlaced && hasMoved)
+        sink(std::make_shared<const MouseEvent>(state, place, delta));
+    else if (isPlaced)
+        sink(std::make_shared<const MouseEvent>(state, place));
+    else if (hasMoved)
+        sink(std::make_shared<const MouseEvent>(state, delta));
+    else
+        sink(std::make_shared<const MouseEvent>(state));
+}
+
+void EventTranslator::dropFrame()
+{
+    movement = {};
+    hasPosition = false;
+    // Buttons stay: they are not told again when the device is synchronised, for that compares with what was read.
+    endFrame();
+}
+
+void EventTranslator::releaseAll()
+{
+    while (!held.empty())
+        handleKey(held.begin()->first, RELEASED);
+    for (Button& button : buttons)
+        handleButton(button, false);
+    dropFrame();
+}
+
+} // namespace Corvane

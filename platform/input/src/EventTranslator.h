@@ -1,0 +1,82 @@
+#pragma once
+
+#include <array>
+#include <corvane/interfaces/ISurfaceCompositing.h>
+#include <corvane/interfaces/IWindowEvent.h>
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace Corvane
+{
+
+/// Turns what one device reports, in the words of Linux's input layer, into input events. Not synchronised.
+///
+/// A key gives an event at once, everything that belongs to the pointer one event a frame. Every press is followed by
+/// its release, at the latest in releaseAll(), and nothing is released that was not pressed.
+///
+///     EventTranslator translator(true, [](EventTranslator::EventPointer event) { ... });
+///     translator.handle(EV_KEY, KEY_A, 1);
+class EventTranslator
+{
+public:
+    using EventPointer = std::shared_ptr<const IWindowEvent::InputEvent>;
+    using Sink = std::function<void(EventPointer)>;
+
+    /// One axis of an absolute pointer: what the device reports, and where it is now.
+    struct Axis {
+        int minimum;
+        int maximum;
+        int value;
+    };
+
+    /// @param hasCharacters  keys with a character give AsciiEvents, as on a keyboard; else all keys give KeyEvents
+    EventTranslator(bool hasCharacters, Sink sink);
+
+    /// From now on the two axes give a position on a screen of this size.
+    void setAbsolute(const Axis& x, const Axis& y, const ISurfaceCompositing::Dimensions& screen);
+    void setCapsLock(bool on);
+
+    /// What the device reports. Types and codes without a meaning here, and values out of range, are ignored.
+    void handle(unsigned int type, unsigned int code, int value);
+
+    /// Gives the releases of what is held; the movement of an open frame is dropped.
+    void releaseAll();
+
+private:
+    struct Button {
+        bool isPressed = false;
+        bool hasChanged = false;
+    };
+    struct AbsoluteAxis {
+        Axis axis{};
+        unsigned int extent = 0; ///< pixels; 0 when there is no such axis
+        int getPixel() const;
+    };
+
+    void handleKey(unsigned int code, int value);
+    void handleButton(Button& button, bool pressed);
+    void handleRelative(unsigned int code, int value);
+    void handleAbsolute(unsigned int code, int value);
+    unsigned char characterOf(unsigned int code) const;
+    bool isAnyHeld(std::initializer_list<unsigned int> codes) const;
+    void sendKey(unsigned int code, unsigned char character, bool pressed);
+    void endFrame();
+    void dropFrame();
+    IWindowEvent::MouseEvent::Buttons takeButtons();
+
+    const bool hasCharacters;
+    const Sink sink;
+    std::map<unsigned int, unsigned char> held; ///< codes, each with the character that its press was sent as, or 0
+    bool capsLocked = false;
+
+    std::array<Button, 3> buttons;          ///< left, right, middle: in the order of Linux's codes
+    std::array<std::int64_t, 3> movement{}; ///< x, y, z of this frame
+    std::array<AbsoluteAxis, 2> position;   ///< x, y
+    bool hasPosition = false;               ///< it was reported in this frame
+};
+
+} // namespace Corvane

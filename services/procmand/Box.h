@@ -1,0 +1,47 @@
+#pragma once
+
+#include "EventLoop.h"
+#include "History.h"
+#include "ManagedApplication.h"
+#include "Notices.h"
+#include "OutputFiles.h"
+#include "Recovery.h"
+#include "Settings.h"
+#include "WindowStack.h"
+#include "Workers.h"
+
+#include <mutex>
+
+namespace Procmand
+{
+
+/// The state of the box and what everything in the process manager works with.
+///
+/// `lock` guards all of it. Tasks of the loop and the handlers of remote calls hold it; neither ever waits, so it is
+/// held for moments only. What has to wait is a job of the workers, which hold no lock and post what came of it.
+struct Box {
+    Box(Settings settings, Notices::Sink sink);
+
+    /// Remembers an end and writes it into the history.
+    void rememberEnd(const EndRecord& record);
+    /// Writes the history anew, with nothing in it but what matters today.
+    void compactHistory();
+
+    const Settings settings;
+    std::mutex lock;
+    EventLoop loop;
+    Notices notices;
+    OutputFiles files;
+    History history;
+    Registry registry;
+    WindowStack windows;
+    std::deque<std::string> ends; ///< the last records
+    bool isEnding = false;        ///< nothing is started any more
+    /// Last, so that it goes first: its jobs use the rest.
+    Workers workers;
+};
+
+/// @return the record of an application's process
+StartRecord makeStartRecord(const ManagedApplication& application);
+
+} // namespace Procmand

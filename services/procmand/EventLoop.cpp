@@ -1,0 +1,148 @@
+#include "EventLoop.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <system_error>
+
+namespace Procmand
+{
+
+EventLoop::EventLoop(std::mutex& lock)
+    : lock(lock), epoll(epoll_create1(EPOLL_CLOEXEC)), wakeUpEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+{
+    watch(wakeUpEvent.get(), [this] {
+        eventfd_t count{};
+        eventfd_read(wakeUpEvent.get(), &count);
+    });
+}
+
+void EventLoop::post(Task task)
+{
+    {
+        std::lock_guard guard(mutex);
+        posted.push_back(std::move(task));
+    }
+    wakeUp();
+}
+
+EventLoop::Timer EventLoop::schedule(std::chrono::milliseconds delay, Task task)
+{
+    Timer timer = 0;
+    {
+        std::lock_guard guard(mutex);
+        timer = ++lastTimer;
+        timers.emplace(timer, TimedTask{Clock::now() + delay, std::move(task)});
+    }
+    wakeUp();
+    return timer;
+}
+
+void EventLoop::cancel(Timer& timer)
+{
+    std::lock_guard guard(mutex);
+    timers.erase(timer);
+    timer = 0;
+}
+
+void EventLoop::watch(int descriptor, Task onReadable)
+{
+    {
+        std::lock_guard guard(mutex);
+        watches[descriptor] = std::make_shared<Task>(std::move(onReadable));
+    }
+    epoll_event event{.events = EPOLLIN, .data = {.fd = descriptor}};
+    if (epoll_ctl(epoll.get(), EPOLL_CTL_ADD, descriptor, &event) != 0)
+        throw std::system_error(errno, std::generic_category(), "cannot watch a descriptor");
+}
+
+void EventLoop::unwatch(int descriptor)
+{
+    std::lock_guard guard(mutex);
+    watches.erase(descriptor);
+    epoll_ctl(epoll.get(), EPOLL_CTL_DEL, descriptor, nullptr);
+}
+
+void EventLoop::run()
+{
+    std::array<epoll_event, 32> events{};
+    while (!stopping) {
+        const int count = epoll_wait(epoll.get(), events.data(), events.size(), findPatience());
+        std::lock_guard guard(lock);
+        runPosted();
+        runDueTimers();
+        for (int i = 0; i < count; ++i)
+            // Looked up again each time: a task may unwatch what is to come.
+            if (const auto task = findWatch(events[static_cast<std::size_t>(i)].data.fd))
+                (*task)();
+    }
+    std::lock_guard guard(lock);
+    runPosted();
+}
+
+void EventLoop::stop()
+{
+    stopping = true;
+    wakeUp();
+}
+
+int EventLoop::findPatience()
+{
+    std::lock_guard guard(mutex);
+    if (!posted.empty())
+        return 0;
+    if (timers.empty())
+        return -1;
+    const auto next = std::min_element(timers.begin(), timers.end(), [](const auto& one, const auto& other) {
+        return one.second.due < other.second.due;
+    });
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(next->second.due - Clock::now()).count();
+    return static_cast<int>(std::clamp<decltype(left)>(left, 0, INT_MAX));
+}
+
+void EventLoop::runPosted()
+{
+    std::deque<Task> tasks;
+    {
+        std::lock_guard guard(mutex);
+        tasks.swap(posted);
+    }
+    for (const Task& task : tasks)
+        task();
+}
+
+void EventLoop::runDueTimers()
+{
+    while (const std::optional<Task> task = takeDueTimer())
+        (*task)();
+}
+
+std::optional<EventLoop::Task> EventLoop::takeDueTimer()
+{
+    std::lock_guard guard(mutex);
+    const auto now = Clock::now();
+    const auto due =
+        std::find_if(timers.begin(), timers.end(), [now](const auto& entry) { return entry.second.due <= now; });
+    if (due == timers.end())
+        return std::nullopt;
+    Task task = std::move(due->second.task);
+    timers.erase(due);
+    return task;
+}
+
+std::shared_ptr<EventLoop::Task> EventLoop::findWatch(int descriptor)
+{
+    std::lock_guard guard(mutex);
+    const auto found = watches.find(descriptor);
+    return found == watches.end() ? nullptr : found->second;
+}
+
+void EventLoop::wakeUp()
+{
+    eventfd_write(wakeUpEvent.get(), 1);
+}
+
+} // namespace Procmand

@@ -1,0 +1,109 @@
+#include "FocusControl.h"
+
+#include "Links.h"
+
+#include <corvane/foundation/DebugPrint.h>
+
+namespace Procmand
+{
+
+namespace
+{
+
+/// @return whether a window says that it has the focus
+bool ask(const std::string& uid, Settings::Duration deadline)
+{
+    return Corvane::RPCClient(serverNameOf(uid)).call("IWindow::isFocused", "{}", deadline) == "true";
+}
+
+/// Tells a window that it has the focus, or has lost it.
+void tell(const std::string& uid, bool focus, Settings::Duration deadline)
+{
+    Corvane::RPCClient(serverNameOf(uid))
+        .call("IWindow::handleFocus", focus ? R"({"obtained":true})" : R"({"obtained":false})", deadline);
+}
+
+} // namespace
+
+FocusControl::FocusControl(Box& box) : box(box) {}
+
+void FocusControl::request(const std::string& uid, bool focus)
+{
+    moves.push_back({.uid = uid, .focus = focus, .isOwn = false});
+    if (moves.size() == 1)
+        startNext();
+}
+
+void FocusControl::onAnnounced(const std::string& uid, bool focus)
+{
+    // While a move is under way, what it brings about is announced.
+    if (!moves.empty() || focus == (uid == focused))
+        return;
+    if (!focus)
+        return setFocused("");
+    moves.push_back({.uid = uid, .focus = true, .isOwn = true});
+    startNext();
+}
+
+void FocusControl::onGone(const std::string& uid)
+{
+    if (uid == focused)
+        setFocused("");
+}
+
+void FocusControl::startNext()
+{
+    const Move& move = moves.front();
+    const std::string old = move.focus && focused != move.uid ? focused : std::string();
+    box.workers.run([this, move, old] { carryOut(move, old); });
+}
+
+void FocusControl::carryOut(const Move& move, const std::string& old)
+{
+    const Settings::Duration deadline = box.settings.callDeadline;
+    Outcome outcome;
+    try {
+        // A window that has taken the focus itself is asked first: it may have lost it again since it announced that.
+        outcome.isMade = !move.isOwn || ask(move.uid, deadline);
+        if (outcome.isMade && !old.empty())
+            takeFrom(old);
+        if (outcome.isMade && !move.isOwn)
+            tell(move.uid, move.focus, deadline);
+    } catch (const std::exception& error) {
+        outcome.problem = error.what();
+    }
+    box.loop.post([this, move, outcome] { finish(move, outcome); });
+}
+
+void FocusControl::takeFrom(const std::string& uid) const
+{
+    try {
+        tell(uid, false, box.settings.callDeadline);
+    } catch (const std::exception& error) {
+        Corvane::corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "FocusControl", __LINE__,
+                                   "%s cannot be told that it loses the focus: %s\n", uid.c_str(), error.what());
+    }
+}
+
+void FocusControl::finish(const Move& move, const Outcome& outcome)
+{
+    // Whatever went wrong, the old window has been told, or counts as told; and one that ended meanwhile has nothing.
+    const bool hasIt = move.focus && outcome.problem.empty() && box.registry.find(move.uid) != nullptr;
+    if (outcome.isMade && (move.focus || move.uid == focused))
+        setFocused(hasIt ? move.uid : "");
+    else if (outcome.problem.empty() && !move.focus)
+        box.notices.onFocusMove(move.uid, focused); // it had none, and was told so
+    if (!outcome.problem.empty())
+        box.notices.onFocusFailure(move.uid, outcome.problem);
+    moves.pop_front();
+    if (!moves.empty())
+        startNext();
+}
+
+void FocusControl::setFocused(const std::string& uid)
+{
+    const std::string old = std::exchange(focused, uid);
+    box.notices.onFocusMove(old, uid);
+}
+
+} // namespace Procmand

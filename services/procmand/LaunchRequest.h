@@ -1,0 +1,35 @@
+#pragma once
+
+#include "RestartPolicy.h"
+
+#include <corvane/foundation/Deserializer.h>
+#include <corvane/foundation/Serializer.h>
+#include <corvane/interfaces/ISurfaceManagement.h>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Procmand
+{
+
+/// What is to be started, and how.
+struct LaunchRequest {
+    std::string program; ///< a path, or a name that is looked for in PATH
+    std::vector<std::string> arguments;
+    std::map<std::string, std::string> environment; ///< beside the process manager's own
+    std::string workingDirectory = "/";
+    std::string applicationType;
+    std::string applicationParameters;
+    Corvane::ISurfaceManagement::CreationSettings compositingParameters;
+    RestartMode restart = RestartMode::NEVER;
+
+    /// @param text  a JSON object; everything but the program is optional
+    /// @throws SerialError  something is missing or of the wrong kind
+    static LaunchRequest read(const std::string& text);
+    /// @return the JSON object that `read` reads
+    std::string write() const;
+    /// @return what the application finds in CORVANE_APP_PARAMETERS
+    std::string writeParameters(const std::string& token) const;
+};
+
+} // namespace Procmand

@@ -1,0 +1,184 @@
+#include "Links.h"
+
+#include <cerrno>
+#include <climits>
+#include <corvane/common/RPCError.h>
+#include <corvane/common/RPCServer.h>
+#include <corvane/foundation/DebugPrint.h>
+#include <corvane/foundation/Deserializer.h>
+#include <sys/inotify.h>
+#include <system_error>
+
+namespace Procmand
+{
+
+namespace
+{
+
+using Corvane::RPCClient;
+using Corvane::RPCError;
+
+/// How soon a server is tried again that did not answer the first time.
+constexpr std::chrono::seconds RETRY_DELAY{1};
+
+/// @return the file name of the server's socket
+std::string socketFileOf(const std::string& uid)
+{
+    // A server that is never brought up knows its address all the same.
+    const std::string path = Corvane::RPCServer(serverNameOf(uid).c_str()).getFixedRPCAddress();
+    return path.substr(path.rfind('/') + 1);
+}
+
+template <class T>
+T readResult(const std::string& result)
+{
+    Corvane::Deserializer deserializer("{\"result\":" + result + "}");
+    return Corvane::deserialize<T>("result", deserializer);
+}
+
+} // namespace
+
+std::string serverNameOf(const std::string& uid)
+{
+    return "APP" + uid;
+}
+
+Links::Links(Box& box, ILinkListener& listener)
+    : box(box), listener(listener), folderWatch(inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
+{
+}
+
+void Links::start(const std::string& folder)
+{
+    // A server changes the mode of its socket once it listens.
+    if (inotify_add_watch(folderWatch.get(), folder.c_str(), IN_ATTRIB | IN_MOVED_TO) < 0)
+        throw std::system_error(errno, std::generic_category(), "cannot watch " + folder);
+    box.loop.watch(folderWatch.get(), [this] { readFolderEvents(); });
+}
+
+void Links::readFolderEvents()
+{
+    alignas(inotify_event) char buffer[16 * (sizeof(inotify_event) + NAME_MAX + 1)];
+    ssize_t size = 0;
+    while ((size = read(folderWatch.get(), buffer, sizeof buffer)) > 0) {
+        for (const char* position = buffer; position < buffer + size;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(position);
+            if (event->len > 0)
+                onServerFile(event->name);
+            position += sizeof(inotify_event) + event->len;
+        }
+    }
+}
+
+void Links::onServerFile(const std::string& fileName)
+{
+    for (auto& [uid, application] : box.registry.getAll()) {
+        if (application.socketFile.empty())
+            application.socketFile = socketFileOf(uid);
+        if (application.isAlive() && application.socketFile == fileName) {
+            application.serverAppeared = true;
+            connect(application);
+        }
+    }
+}
+
+void Links::connect(ManagedApplication& application)
+{
+    if (application.isConnecting || application.connection)
+        return;
+    application.isConnecting = true;
+    application.serverAppeared = false;
+    box.workers.run([this, uid = application.uid, generation = application.generation] { subscribe(uid, generation); });
+}
+
+void Links::subscribe(const std::string& uid, unsigned long generation)
+{
+    auto connection = std::make_shared<RPCClient>(serverNameOf(uid));
+    bool isSilent = false;
+    try {
+        connection->subscribe(
+            {"*"},
+            [this, uid, generation](const std::string& name, const std::string& payload) {
+                box.loop.post([this, uid, generation, name, payload] {
+                    if (ManagedApplication* const application = box.registry.find(uid, generation))
+                        listener.onNotification(*application, name, payload);
+                });
+            },
+            [this, uid, generation](bool connected) {
+                box.loop.post([this, uid, generation, connected] { onConnectionChange(uid, generation, connected); });
+            },
+            box.settings.callDeadline);
+    } catch (const RPCError& error) {
+        isSilent = error.getReason() == RPCError::Reason::TIMED_OUT;
+        connection.reset();
+    }
+    box.loop.post([this, uid, generation, connection = std::move(connection), isSilent]() mutable {
+        finishConnecting(uid, generation, std::move(connection), isSilent);
+    });
+}
+
+void Links::finishConnecting(const std::string& uid, unsigned long generation, std::shared_ptr<RPCClient> connection,
+                             bool isSilent)
+{
+    ManagedApplication* const application = box.registry.find(uid, generation);
+    if (application == nullptr || application->end) {
+        // Too late. To end a subscription takes a moment, which is not the loop's to wait.
+        box.workers.run([connection = std::move(connection)] {});
+        return;
+    }
+    application->isConnecting = false;
+    application->connection = std::move(connection);
+    if (application->connection)
+        return;
+    if (isSilent)
+        listener.onSilence(*application);
+    if (application->serverAppeared || isSilent)
+        box.loop.schedule(application->serverAppeared ? std::chrono::milliseconds::zero() : RETRY_DELAY,
+                          [this, uid, generation] {
+                              if (ManagedApplication* const again = box.registry.find(uid, generation))
+                                  connect(*again);
+                          });
+}
+
+void Links::onConnectionChange(const std::string& uid, unsigned long generation, bool connected)
+{
+    ManagedApplication* const application = box.registry.find(uid, generation);
+    if (application == nullptr)
+        return;
+    application->isConnected = connected;
+    if (!connected)
+        return listener.onDisconnected(*application);
+    listener.onConnected(*application);
+    box.workers.run(
+        [this, uid, generation, reports = application->stateReports] { askForState(uid, generation, reports); });
+}
+
+void Links::askForState(const std::string& uid, unsigned long generation, unsigned long reports)
+{
+    RPCClient client(serverNameOf(uid));
+    std::string state;
+    bool isFocused = false;
+    try {
+        state = readResult<std::string>(client.call("IApplication::getState", "{}", box.settings.callDeadline));
+        isFocused = readResult<bool>(client.call("IWindow::isFocused", "{}", box.settings.callDeadline));
+    } catch (const std::exception&) {
+        // A service has no focus; and an application that does not answer is noticed by its silence.
+    }
+    box.loop.post([this, uid, generation, reports, state, isFocused] {
+        ManagedApplication* const application = box.registry.find(uid, generation);
+        // What the application has announced in the meantime is newer.
+        if (application != nullptr && application->stateReports == reports && !state.empty())
+            listener.onState(*application, state, isFocused);
+    });
+}
+
+void Links::disconnect(ManagedApplication& application)
+{
+    if (application.connection)
+        box.workers.run([connection = std::move(application.connection)] {});
+    application.connection.reset();
+    application.isConnected = false;
+    application.isConnecting = false;
+}
+
+} // namespace Procmand

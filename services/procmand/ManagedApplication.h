@@ -1,0 +1,89 @@
+#pragma once
+
+#include "EventLoop.h"
+#include "LaunchRequest.h"
+#include "Process.h"
+
+#include <chrono>
+#include <corvane/common/RPCClient.h>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace Procmand
+{
+
+/// Why an application is being stopped; what comes after its end depends on it.
+enum class StopPurpose { NONE, STOP, RESTART, RUNAWAY };
+
+/// One application of the box, as the process manager knows it. Guarded by the lock of the box.
+struct ManagedApplication {
+    enum class Phase {
+        STARTING, ///< its program is being started
+        RUNNING,  ///< there is a process
+        WAITING   ///< for its restart
+    };
+    using Clock = std::chrono::steady_clock;
+
+    std::string uid;
+    std::optional<LaunchRequest> request; ///< none for an application that was started by hand
+    std::string program;
+    Phase phase = Phase::STARTING;
+    std::optional<Process> process;    ///< while RUNNING
+    std::optional<ProcessEnd> end;     ///< the process has ended, its last words may still come
+    Clock::time_point startedAt;       ///< of the process, or of its adoption
+    unsigned int restarts = 0;         ///< all of them
+    unsigned int restartsInRow = 0;    ///< those without a long run in between
+    EventLoop::Timer restartTimer = 0; ///< while WAITING
+    EventLoop::Timer lastWordsTimer = 0;
+
+    /// What the control server told.
+    std::shared_ptr<Corvane::RPCClient> connection;
+    bool isConnecting = false;
+    bool isConnected = false;
+    bool serverAppeared = false;    ///< while a connection was being made
+    std::string socketFile;         ///< of the control server, once it was needed
+    unsigned long stateReports = 0; ///< how often the application has told its state
+    std::string state;              ///< empty until the application tells it
+    std::string previousState;
+    EventLoop::Timer keepAliveTimer = 0;
+    bool ranAway = false;
+
+    /// The stop that is under way.
+    StopPurpose stopPurpose = StopPurpose::NONE;
+    unsigned int stopStage = 0;
+    EventLoop::Timer stopTimer = 0;
+
+    /// Changes with each process: what was begun for an earlier one finds that it is late.
+    unsigned long generation = 0;
+
+    /// @return whether there is a process that has not ended
+    bool isAlive() const { return phase == Phase::RUNNING && process && !end; }
+};
+
+/// The applications by uid. Guarded by the lock of the box.
+class Registry
+{
+public:
+    using Applications = std::map<std::string, ManagedApplication>;
+
+    /// Adds an application; there must be none with that uid.
+    ManagedApplication& add(const std::string& uid);
+    void remove(const std::string& uid);
+    /// @return null where there is none
+    ManagedApplication* find(const std::string& uid);
+    /// @return null when the application is gone or has another process now
+    ManagedApplication* find(const std::string& uid, unsigned long generation);
+    /// @throws std::out_of_range  with a text for people
+    ManagedApplication& require(const std::string& uid);
+    /// Gives the application a new generation.
+    void renew(ManagedApplication& application);
+    Applications& getAll() { return applications; }
+
+private:
+    Applications applications;
+    unsigned long lastGeneration = 0;
+};
+
+} // namespace Procmand

@@ -1,0 +1,140 @@
+#include "Manager.h"
+
+#include "Launcher.h"
+
+#include <corvane/foundation/DebugPrint.h>
+#include <csignal>
+#include <cstring>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+namespace Procmand
+{
+
+namespace
+{
+
+/// How often the files of what applications print are looked at.
+constexpr std::chrono::minutes TRIM_INTERVAL{1};
+/// How often it is looked whether everything that is to end has ended.
+constexpr std::chrono::milliseconds END_INTERVAL{50};
+
+Corvane::FileDescriptor openSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    return Corvane::FileDescriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+/// @return the process that serves under this name, 0 when nobody does
+pid_t findServer(const std::string& name)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    Corvane::RPCServer(name.c_str()).getFixedRPCAddress().copy(address.sun_path, sizeof address.sun_path - 1);
+    const Corvane::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
+        return 0;
+    return peer.pid;
+}
+
+std::string folderOf(const std::string& path)
+{
+    return path.substr(0, path.rfind('/'));
+}
+
+} // namespace
+
+Manager::Manager(const Settings& settings)
+    : box(settings,
+          [this](const std::string& name, const std::string& payload) { server.handleRPCNotification(name, payload); }),
+      focus(box),
+      windows(box),
+      supervisor(box, focus, windows),
+      server(box, supervisor, focus, windows),
+      signals(openSignals())
+{
+}
+
+void Manager::run()
+{
+    {
+        // Calls that come early wait until the box is as it was.
+        std::lock_guard guard(box.lock);
+        server.init();
+        raiseNiceLimit();
+        supervisor.start(folderOf(server.getFixedRPCAddress()));
+        takeUpTheBox();
+        box.loop.watch(signals.get(), [this] { onSignal(); });
+        box.loop.schedule(TRIM_INTERVAL, [this] { trimOutput(); });
+    }
+    box.workers.run([this] { findServers(); });
+    box.loop.run();
+    end();
+}
+
+void Manager::end()
+{
+    // In this order: nobody calls any more, no application is listened to any more, no job is at work any more.
+    server.shutdown();
+    {
+        std::lock_guard guard(box.lock);
+        windows.flush();
+        supervisor.disconnectAll();
+    }
+    box.workers.finish();
+}
+
+void Manager::takeUpTheBox()
+{
+    const Recovery recovery = Recovery::read(box.history.read());
+    box.ends = recovery.ends;
+    for (const auto& [uid, application] : recovery.applications)
+        supervisor.recover(application);
+    windows.restore(recovery.windows);
+    box.compactHistory();
+}
+
+void Manager::findServers()
+{
+    for (const std::string& name : Corvane::RPCClient::listServers()) {
+        const pid_t pid = name.starts_with("APP") ? findServer(name) : 0;
+        if (pid > 0)
+            box.loop.post([this, uid = name.substr(3), pid] { supervisor.adopt(uid, pid); });
+    }
+}
+
+void Manager::trimOutput()
+{
+    box.workers.run([this] { box.files.trim(); });
+    box.loop.schedule(TRIM_INTERVAL, [this] { trimOutput(); });
+}
+
+void Manager::onSignal()
+{
+    signalfd_siginfo info{};
+    if (read(signals.get(), &info, sizeof info) != sizeof info)
+        return;
+    if (box.isEnding) // somebody is in a hurry
+        return box.loop.stop();
+    Corvane::corvaneDebugPrint(Corvane::DEBUG_NOTICE, "procmand", "Manager", __LINE__, "ending: %s\n",
+                               strsignal(static_cast<int>(info.ssi_signo)));
+    box.isEnding = true;
+    checkEnd();
+}
+
+void Manager::checkEnd()
+{
+    const bool isStopping = box.settings.stopsApplications && supervisor.stopAll();
+    if (!isStopping && !supervisor.isStarting())
+        return box.loop.stop();
+    box.loop.schedule(END_INTERVAL, [this] { checkEnd(); });
+}
+
+} // namespace Procmand

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <corvane/common/FileDescriptor.h>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace Procmand
+{
+
+/// How a process ended. Of one that is no child of the process manager neither is known.
+struct ProcessEnd {
+    std::optional<int> exitCode;
+    std::optional<int> signal;
+
+    /// An end that nobody saw counts as a failure.
+    bool isFailure() const { return exitCode != 0; }
+};
+
+/// One process of this machine, and never another one that has got its id since. Not synchronised.
+class Process
+{
+public:
+    /// What a process uses of the machine.
+    struct Usage {
+        std::uint64_t processorMs = 0; ///< since its start
+        std::uint64_t residentKb = 0;
+    };
+
+    /// Takes hold of a process by its id.
+    /// @param isGroupLeader  whether signals go to its process group
+    /// @return none when there is no such process
+    static std::optional<Process> find(pid_t pid, bool isGroupLeader);
+
+    pid_t getPid() const { return pid; }
+    /// @return the time of its start in the system's own unit since boot; with the pid it names the process for good
+    const std::string& getStartTime() const { return startTime; }
+    /// @return a descriptor that can be read once the process has ended
+    int getDescriptor() const { return handle.get(); }
+    bool hasEnded() const;
+
+    /// @return whether the system took the signal
+    bool sendSignal(int signal) const;
+    /// Takes note of the end of a process that has ended, so that the system can forget a child.
+    ProcessEnd reap() const;
+    /// @return none when it has ended
+    std::optional<Usage> readUsage() const;
+    /// @return its command line's first word
+    std::string readProgram() const;
+
+private:
+    Process(pid_t pid, bool isGroupLeader, int handle, std::string startTime);
+
+    pid_t pid;
+    bool isGroupLeader;
+    Corvane::FileDescriptor handle;
+    std::string startTime;
+};
+
+} // namespace Procmand

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "LaunchRequest.h"
+
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace Procmand
+{
+
+/// A process that the process manager watches, as the history keeps it for a process manager that is started anew.
+struct StartRecord {
+    std::string time;
+    std::string boot; ///< of the machine: process ids begin anew with it
+    std::string uid;
+    pid_t pid = 0;
+    std::string startTime; ///< of the process, in the system's unit
+    std::string program;
+    unsigned int restarts = 0;
+    std::optional<LaunchRequest> request; ///< none for an application that was started by hand
+
+    std::string write() const;
+    /// @throws SerialError  the text is no such record
+    static StartRecord read(const std::string& text);
+};
+
+/// @return what names the present boot of the machine
+std::string readBoot();
+
+} // namespace Procmand

@@ -1,0 +1,379 @@
+#include "Supervisor.h"
+
+#include "Launcher.h"
+#include "Token.h"
+
+#include <algorithm>
+#include <corvane/foundation/DebugPrint.h>
+#include <corvane/foundation/Deserializer.h>
+#include <corvane/interfaces/ILifecycleManagement.h>
+#include <stdexcept>
+
+namespace Procmand
+{
+
+namespace
+{
+
+using Corvane::corvaneDebugPrint;
+using Corvane::ILifecycleManagement;
+using Phase = ManagedApplication::Phase;
+
+/// How long the last words of a process that has ended are waited for.
+constexpr std::chrono::seconds LAST_WORDS_DEADLINE{1};
+
+bool isFailure(const ManagedApplication& application)
+{
+    if (application.ranAway)
+        return true;
+    // Of an end that nobody saw, the last state is all that is known.
+    if (!application.end->exitCode && !application.end->signal)
+        return application.state != ILifecycleManagement::STATE_TERMINATED;
+    return application.end->isFailure();
+}
+
+} // namespace
+
+Supervisor::Supervisor(Box& box, FocusControl& focus, WindowService& windows)
+    : box(box), focus(focus), windows(windows), stopper(box), links(box, *this)
+{
+}
+
+void Supervisor::start(const std::string& folder)
+{
+    links.start(folder);
+}
+
+std::string Supervisor::launch(LaunchRequest request)
+{
+    if (box.isEnding)
+        throw std::runtime_error("the process manager is ending");
+    ManagedApplication& application = box.registry.add(makeToken());
+    application.program = request.program;
+    application.request = std::move(request);
+    startProgram(application);
+    return application.uid;
+}
+
+void Supervisor::startProgram(ManagedApplication& application)
+{
+    application.phase = Phase::STARTING;
+    box.workers.run([this, uid = application.uid, generation = application.generation, request = *application.request] {
+        std::shared_ptr<Process> process;
+        std::string problem;
+        try {
+            process = std::make_shared<Process>(Procmand::launch(request, uid, box.files));
+        } catch (const std::exception& error) {
+            problem = error.what();
+        }
+        box.loop.post([this, uid, generation, process, problem] {
+            ManagedApplication* const application = box.registry.find(uid, generation);
+            if (process)
+                onStarted(*application, std::move(*process));
+            else
+                onStartFailure(*application, problem);
+        });
+    });
+}
+
+void Supervisor::onStarted(ManagedApplication& application, Process process)
+{
+    watch(application, std::move(process));
+    box.notices.onLaunch(application.uid, application.process->getPid(), application.program, application.restarts);
+    // It may have been asked to stop while it was being started.
+    if (application.stopPurpose != StopPurpose::NONE)
+        stopper.begin(application, application.stopPurpose);
+}
+
+void Supervisor::onStartFailure(ManagedApplication& application, const std::string& reason)
+{
+    corvaneDebugPrint(Corvane::DEBUG_ERROR, "procmand", "Supervisor", __LINE__, "%s: %s\n", application.uid.c_str(),
+                      reason.c_str());
+    box.notices.onLaunchFailure(application.uid, application.program, reason);
+    if (application.stopPurpose == StopPurpose::STOP)
+        box.notices.onStop(application.uid, "terminate");
+    // What has run before may run again, for instance when an update of its program is complete.
+    if (application.restarts > 0 && application.stopPurpose != StopPurpose::STOP)
+        return restartByPolicy(application, true);
+    forget(application);
+}
+
+void Supervisor::watch(ManagedApplication& application, Process process)
+{
+    application.phase = Phase::RUNNING;
+    application.process = std::move(process);
+    application.startedAt = ManagedApplication::Clock::now();
+    box.history.append(makeStartRecord(application).write());
+    box.loop.watch(application.process->getDescriptor(),
+                   [this, uid = application.uid, generation = application.generation] {
+                       if (ManagedApplication* const ended = box.registry.find(uid, generation))
+                           onProcessEnd(*ended);
+                   });
+    links.connect(application);
+}
+
+bool Supervisor::adopt(const std::string& uid, pid_t pid)
+{
+    if (ManagedApplication* const known = box.registry.find(uid)) {
+        // Who registers has its control server up by now, if it has one.
+        if (known->isAlive())
+            links.connect(*known);
+        return true;
+    }
+    std::optional<Process> process = Process::find(pid, false);
+    if (uid.empty() || !process || process->hasEnded()) {
+        corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Supervisor", __LINE__,
+                          "application %s with process %d is not there\n", uid.c_str(), static_cast<int>(pid));
+        return false;
+    }
+    ManagedApplication& application = box.registry.add(uid);
+    application.program = process->readProgram();
+    watch(application, std::move(*process));
+    box.notices.onRegister(uid, pid, application.program);
+    return true;
+}
+
+void Supervisor::recover(const Recovery::Application& recovered)
+{
+    const StartRecord& start = recovered.start;
+    if (start.boot != readBoot() || box.registry.find(start.uid) != nullptr)
+        return;
+    std::optional<Process> process = Process::find(start.pid, start.request.has_value());
+    const bool lives =
+        !recovered.hasEnded && process && !process->hasEnded() && process->getStartTime() == start.startTime;
+    ManagedApplication& application = box.registry.add(start.uid);
+    application.program = start.program;
+    application.request = start.request;
+    application.restarts = start.restarts;
+    if (lives)
+        return watch(application, std::move(*process));
+    application.end.emplace();
+    if (!recovered.hasEnded)
+        recordEnd(application);
+    restartByPolicy(application, true);
+}
+
+void Supervisor::stop(const std::string& uid)
+{
+    ManagedApplication& application = box.registry.require(uid);
+    if (application.isAlive())
+        return stopper.begin(application, StopPurpose::STOP);
+    application.stopPurpose = StopPurpose::STOP;
+    if (application.phase != Phase::WAITING)
+        return; // it is being started, or its end is being noted
+    box.notices.onStop(uid, "terminate");
+    forget(application);
+}
+
+void Supervisor::restart(const std::string& uid)
+{
+    ManagedApplication& application = box.registry.require(uid);
+    if (!application.request)
+        throw std::runtime_error("the application " + uid + " was started by hand");
+    if (application.isAlive())
+        return stopper.begin(application, StopPurpose::RESTART);
+    if (application.phase == Phase::WAITING)
+        return restartNow(application);
+    application.stopPurpose = StopPurpose::RESTART;
+}
+
+bool Supervisor::stopAll()
+{
+    std::vector<std::string> launched;
+    for (const auto& [uid, application] : box.registry.getAll())
+        if (application.request)
+            launched.push_back(uid);
+    for (const std::string& uid : launched)
+        if (box.registry.require(uid).stopPurpose != StopPurpose::STOP)
+            stop(uid);
+    return !launched.empty();
+}
+
+void Supervisor::disconnectAll()
+{
+    for (auto& [uid, application] : box.registry.getAll())
+        links.disconnect(application);
+}
+
+bool Supervisor::isStarting()
+{
+    const auto& all = box.registry.getAll();
+    return std::any_of(all.begin(), all.end(), [](const auto& entry) { return entry.second.phase == Phase::STARTING; });
+}
+
+void Supervisor::onConnected(ManagedApplication& application)
+{
+    awaitKeepAlive(application);
+}
+
+void Supervisor::onDisconnected(ManagedApplication& application)
+{
+    box.loop.cancel(application.keepAliveTimer);
+    if (application.end)
+        finishEnd(application);
+}
+
+void Supervisor::onSilence(ManagedApplication& application)
+{
+    if (application.keepAliveTimer == 0)
+        awaitKeepAlive(application);
+}
+
+void Supervisor::onNotification(ManagedApplication& application, const std::string& name, const std::string& payload)
+{
+    try {
+        Corvane::Deserializer deserializer(payload);
+        // An application speaks for itself only, and in the interfaces of applications.
+        if (Corvane::deserialize<std::string>("uid", deserializer) != application.uid ||
+            (!name.starts_with("IApplication::on") && !name.starts_with("IWindow::on")) ||
+            name.find_first_of("\"\\\n") != name.npos)
+            return;
+        if (name == "IApplication::onKeepAlive" && !application.end)
+            awaitKeepAlive(application);
+        if (name == "IApplication::onStateChange") {
+            ++application.stateReports;
+            application.previousState = Corvane::deserialize<std::string>("oldState", deserializer);
+            application.state = Corvane::deserialize<std::string>("newState", deserializer);
+        }
+        box.notices.pass(name, payload);
+        if (name == "IWindow::onFocusChange")
+            focus.onAnnounced(application.uid, Corvane::deserialize<bool>("newIsFocused", deserializer));
+    } catch (const Corvane::SerialError&) {
+        // What an application says wrongly is its own affair.
+    }
+}
+
+void Supervisor::onState(ManagedApplication& application, const std::string& state, bool isFocused)
+{
+    application.state = state;
+    focus.onAnnounced(application.uid, isFocused);
+}
+
+void Supervisor::awaitKeepAlive(ManagedApplication& application)
+{
+    box.loop.cancel(application.keepAliveTimer);
+    application.keepAliveTimer =
+        box.loop.schedule(box.settings.keepAliveDeadline, [this, uid = application.uid, gen = application.generation] {
+            if (ManagedApplication* const silent = box.registry.find(uid, gen); silent != nullptr && silent->isAlive())
+                onRunaway(*silent);
+        });
+}
+
+void Supervisor::onRunaway(ManagedApplication& application)
+{
+    application.keepAliveTimer = 0;
+    // Who is being stopped already goes that way.
+    if (application.stopPurpose != StopPurpose::NONE)
+        return;
+    corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Supervisor", __LINE__, "%s has run away: no keep-alive\n",
+                      application.uid.c_str());
+    application.ranAway = true;
+    application.previousState = std::exchange(application.state, ILifecycleManagement::STATE_RUNAWAY);
+    box.notices.onRunaway(application.uid, application.process->getPid());
+    stopper.begin(application, StopPurpose::RUNAWAY);
+}
+
+void Supervisor::onProcessEnd(ManagedApplication& application)
+{
+    box.loop.unwatch(application.process->getDescriptor());
+    box.loop.cancel(application.keepAliveTimer);
+    application.end = application.process->reap();
+    if (!application.isConnected)
+        return finishEnd(application);
+    // Its last notification, that it was aborted above all, may still be on its way.
+    application.lastWordsTimer =
+        box.loop.schedule(LAST_WORDS_DEADLINE, [this, uid = application.uid, generation = application.generation] {
+            if (ManagedApplication* const silent = box.registry.find(uid, generation))
+                finishEnd(*silent);
+        });
+}
+
+void Supervisor::finishEnd(ManagedApplication& application)
+{
+    box.loop.cancel(application.lastWordsTimer);
+    // What is still on its way from this process comes too late.
+    box.registry.renew(application);
+    links.disconnect(application);
+    recordEnd(application);
+    focus.onGone(application.uid);
+    windows.releaseAll(application.uid);
+    const StopPurpose purpose = application.stopPurpose;
+    settle(application, purpose, stopper.finish(application));
+}
+
+void Supervisor::recordEnd(const ManagedApplication& application)
+{
+    const bool isLaunched = application.request.has_value();
+    const StopPurpose purpose = application.stopPurpose;
+    const EndRecord record{.time = tellTime(),
+                           .uid = application.uid,
+                           .pid = application.process ? application.process->getPid() : 0,
+                           .program = application.program,
+                           .end = *application.end,
+                           .state = application.state,
+                           .previousState = application.previousState,
+                           .ranAway = application.ranAway,
+                           .wasStopped = purpose == StopPurpose::STOP || purpose == StopPurpose::RESTART,
+                           .restarts = application.restarts,
+                           .standardError = isLaunched ? box.files.readTail(application.uid) : std::string()};
+    box.rememberEnd(record);
+    box.notices.onEnd(record);
+}
+
+void Supervisor::settle(ManagedApplication& application, StopPurpose purpose, const std::string& means)
+{
+    if (purpose == StopPurpose::RESTART && !box.isEnding) {
+        application.restartsInRow = 0;
+        return restartNow(application);
+    }
+    if (purpose == StopPurpose::STOP || purpose == StopPurpose::RESTART) {
+        box.notices.onStop(application.uid, means);
+        return forget(application);
+    }
+    restartByPolicy(application, isFailure(application));
+}
+
+void Supervisor::restartByPolicy(ManagedApplication& application, bool failed)
+{
+    if (box.isEnding || !application.request || !isRestartWanted(application.request->restart, failed))
+        return forget(application);
+    if (application.process && ManagedApplication::Clock::now() - application.startedAt >= box.settings.stableTime)
+        application.restartsInRow = 0;
+    const auto delay = findRestartDelay(application.restartsInRow, box.settings);
+    if (!delay) {
+        box.notices.onRestartLimit(application.uid, application.restartsInRow);
+        return forget(application);
+    }
+    application.phase = Phase::WAITING;
+    box.notices.onRestartDelay(application.uid, *delay, ++application.restartsInRow);
+    application.restartTimer =
+        box.loop.schedule(*delay, [this, uid = application.uid, generation = application.generation] {
+            if (ManagedApplication* const waiting = box.registry.find(uid, generation))
+                restartNow(*waiting);
+        });
+}
+
+void Supervisor::restartNow(ManagedApplication& application)
+{
+    box.loop.cancel(application.restartTimer);
+    ManagedApplication next;
+    next.uid = application.uid;
+    next.request = std::move(application.request);
+    next.program = application.program;
+    next.restarts = application.restarts + 1;
+    next.restartsInRow = application.restartsInRow;
+    application = std::move(next);
+    box.registry.renew(application);
+    startProgram(application);
+}
+
+void Supervisor::forget(ManagedApplication& application)
+{
+    box.loop.cancel(application.restartTimer);
+    box.history.append(writeRecord("gone", application.uid));
+    if (application.request)
+        box.files.remove(application.uid);
+    box.registry.remove(application.uid);
+}
+
+} // namespace Procmand

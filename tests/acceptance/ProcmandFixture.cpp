@@ -1,0 +1,228 @@
+#include "ProcmandFixture.h"
+
+#include <algorithm>
+#include <corvane/common/RPCError.h>
+#include <corvane/foundation/Deserializer.h>
+#include <corvane/foundation/Serializer.h>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace Corvane::Test
+{
+
+namespace
+{
+
+bool containsAll(const std::string& text, const std::vector<std::string>& parts)
+{
+    return std::all_of(parts.begin(), parts.end(),
+                       [&text](const std::string& part) { return text.find(part) != text.npos; });
+}
+
+std::string payloadOf(const std::string& announcement)
+{
+    return announcement.substr(announcement.find(' ') + 1);
+}
+
+/// One member as text, of whatever kind it is.
+std::optional<std::string> readMember(const std::string& name, const Deserializer& deserializer)
+{
+    try {
+        return deserializer.readString(name);
+    } catch (const SerialError&) {
+    }
+    try {
+        return std::to_string(deserializer.readUnsigned(name));
+    } catch (const SerialError&) {
+    }
+    try {
+        return deserializer.readBoolean(name) ? "true" : "false";
+    } catch (const SerialError&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+void Announcements::add(std::string announcement)
+{
+    std::lock_guard guard(mutex);
+    all.push_back(std::move(announcement));
+}
+
+std::string Announcements::take(const std::vector<std::string>& texts)
+{
+    std::string found;
+    await([&] {
+        std::lock_guard guard(mutex);
+        for (std::size_t i = taken; i < all.size() && found.empty(); ++i)
+            if (containsAll(all[i], texts)) {
+                found = all[i];
+                taken = i + 1;
+            }
+        return !found.empty();
+    });
+    return found;
+}
+
+std::vector<std::string> Announcements::getAll()
+{
+    std::lock_guard guard(mutex);
+    return all;
+}
+
+std::size_t Announcements::count(const std::vector<std::string>& texts)
+{
+    const std::vector<std::string> now = getAll();
+    return static_cast<std::size_t>(std::count_if(now.begin(), now.end(), [&texts](const std::string& announcement) {
+        return containsAll(announcement, texts);
+    }));
+}
+
+WithProcmand::~WithProcmand()
+{
+    client.reset();
+    procmand.reset();
+    for (const std::string& announcement : announcements.getAll())
+        if (announcement.starts_with("IApplicationManager::onLaunch {"))
+            kill(-std::stoi(readMembers(payloadOf(announcement))["pid"]), SIGKILL);
+}
+
+void WithProcmand::startProcmand(const Words& options)
+{
+    Words command{PROCMAND, "--state-folder", state.getPath(), "--call-deadline", "1", "--terminate-deadline", "5"};
+    command.insert(command.end(), options.begin(), options.end());
+    procmand = std::make_unique<ChildProcess>(command);
+    ASSERT_TRUE(await([] {
+        const auto servers = RPCClient::listServers();
+        return std::count(servers.begin(), servers.end(), "ORU") == 1;
+    })) << procmand->getError();
+    client = std::make_unique<RPCClient>("ORU");
+    client->subscribe({"*"}, [this](const std::string& name, const std::string& payload) {
+        announcements.add(name + " " + payload);
+    });
+}
+
+void WithProcmand::killProcmand()
+{
+    procmand->sendSignal(SIGKILL);
+    EXPECT_EQ(procmand->wait().signal, SIGKILL);
+    client.reset();
+}
+
+int WithProcmand::endProcmand()
+{
+    procmand->sendSignal(SIGTERM);
+    const int status = procmand->wait().status.value_or(-1);
+    client.reset();
+    return status;
+}
+
+std::string WithProcmand::call(const std::string& method, const std::string& parameters)
+{
+    return client->call(method, parameters);
+}
+
+std::string WithProcmand::refusalOf(const std::string& method, const std::string& parameters)
+{
+    try {
+        return "it is not refused: " + call(method, parameters);
+    } catch (const RPCError& error) {
+        return error.what();
+    }
+}
+
+std::string WithProcmand::launch(const std::string& program, const Words& arguments, const std::string& more)
+{
+    Serializer serializer;
+    serializer.beginObject("");
+    serializer.writeString("program", program);
+    serializer.beginArray("arguments");
+    for (const std::string& argument : arguments)
+        serializer.writeString("", argument);
+    serializer.endArray("arguments");
+    serializer.endObject("");
+    std::string request = serializer.generate();
+    if (!more.empty())
+        request.replace(request.size() - 1, 1, "," + more + "}");
+    const std::string result = call("IApplicationManager::launch", request);
+    const std::string uid = result.substr(1, result.size() - 2);
+    EXPECT_NE(announcements.take({"IApplicationManager::onLaunch ", uid}), "") << request;
+    return uid;
+}
+
+std::string WithProcmand::launchShell(const std::string& command, const std::string& more)
+{
+    return launch("/bin/sh", {"-c", command}, more);
+}
+
+std::string WithProcmand::launchVictim(const std::string& parameters, const std::string& more)
+{
+    const std::string uid = launch(PROCMAND_VICTIM, {},
+                                   R"("applicationType":"test","applicationParameters":")" + parameters + "\"" +
+                                       (more.empty() ? "" : ",") + more);
+    EXPECT_TRUE(awaitMember(uid, "state", "RUNNING"));
+    return uid;
+}
+
+std::map<std::string, std::string> WithProcmand::find(const std::string& uid)
+{
+    std::istringstream lines(corvanectl({"ps", "--json"}).output);
+    for (std::string line; std::getline(lines, line);)
+        if (auto members = readMembers(line); members["uid"] == uid)
+            return members;
+    return {};
+}
+
+bool WithProcmand::awaitMember(const std::string& uid, const std::string& member, const std::string& value)
+{
+    return await([&] { return find(uid)[member] == value; });
+}
+
+pid_t WithProcmand::pidOf(const std::string& uid)
+{
+    const std::string pid = find(uid)["pid"];
+    if (pid.empty())
+        throw std::runtime_error("the application " + uid + " does not run");
+    return std::stoi(pid);
+}
+
+void WithProcmand::freeze(const std::string& uid)
+{
+    const pid_t pid = pidOf(uid);
+    kill(pid, SIGSTOP);
+    ASSERT_TRUE(await([pid] {
+        for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/task")) {
+            std::ifstream stat(task.path() / "stat");
+            std::string text;
+            std::getline(stat, text);
+            if (text.find(") T ") == text.npos)
+                return false;
+        }
+        return true;
+    }));
+}
+
+std::string write(std::initializer_list<std::pair<std::string, std::string>> members)
+{
+    Serializer serializer;
+    serializer.beginObject("");
+    for (const auto& [name, value] : members)
+        serializer.writeString(name, value);
+    serializer.endObject("");
+    return serializer.generate();
+}
+
+std::map<std::string, std::string> readMembers(const std::string& json)
+{
+    Deserializer deserializer(json);
+    std::map<std::string, std::string> members;
+    for (const std::string& name : deserializer.getMemberNames())
+        if (const auto value = readMember(name, deserializer))
+            members[name] = *value;
+    return members;
+}
+
+} // namespace Corvane::Test

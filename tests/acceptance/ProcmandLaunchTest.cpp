@@ -1,0 +1,194 @@
+#include "ProcmandFixture.h"
+
+#include <csignal>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <set>
+
+using namespace Corvane::Test;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+namespace
+{
+
+using ProcmandLaunch = WithProcmand;
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+TEST_F(ProcmandLaunch, GivesAProgramItsArgumentsEnvironmentFolderAndProcessGroup)
+{
+    startProcmand();
+    const std::string file = state.getPath() + "/seen";
+    const std::string uid = launch("/bin/sh",
+                                   {"-c",
+                                    "{ pwd; echo \"$1\"; echo \"$FRUIT\"; echo $$; ps -o pgid= -p $$ | tr -d ' '; "
+                                    "readlink /proc/$$/fd/0; } >" +
+                                        file,
+                                    "sh", "one  word"},
+                                   R"("workingDirectory":"/usr","environment":{"FRUIT":"pear = \"good\""})");
+    ASSERT_THAT(announcements.take({"onEnd", uid}), HasSubstr("\"exitCode\":0"));
+
+    std::istringstream seen(readFile(file));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(seen, line);)
+        lines.push_back(line);
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_EQ(lines[0], "/usr");
+    EXPECT_EQ(lines[1], "one  word");
+    EXPECT_EQ(lines[2], "pear = \"good\"");
+    EXPECT_EQ(lines[4], lines[3]) << "it leads a process group of its own";
+    EXPECT_EQ(lines[5], "/dev/null");
+}
+
+TEST_F(ProcmandLaunch, HandsTheLaunchParametersOver)
+{
+    startProcmand();
+    const std::string file = state.getPath() + "/seen";
+    const std::string uid = launchShell("printf %s \"$CORVANE_APP_PARAMETERS\" >" + file,
+                                        R"("applicationType":"video","applicationParameters":"no-cursor",)"
+                                        R"("compositingParameters":{"opacity":100})");
+    ASSERT_NE(announcements.take({"onEnd", uid}), "");
+
+    EXPECT_EQ(readFile(file), R"({"applicationType":"video","applicationParameters":"no-cursor",)"
+                              R"("compositingParameters":{"sessionIndex":0,"location":{"x":0,"y":0,"width":1280,)"
+                              R"("height":720},"zOrder":0,"opacity":100,"visibility":true},"authorizationToken":")" +
+                                  uid + "\"}");
+}
+
+TEST_F(ProcmandLaunch, MakesATokenThatNobodyCanGuess)
+{
+    startProcmand();
+    std::set<std::string> uids;
+    for (int i = 0; i < 20; ++i) {
+        const std::string uid = launchShell(":");
+        EXPECT_THAT(uid, MatchesRegex("[0-9a-f]+"));
+        EXPECT_EQ(uid.size(), 32U);
+        uids.insert(uid);
+    }
+    EXPECT_EQ(uids.size(), 20U);
+}
+
+TEST_F(ProcmandLaunch, TriesToRaiseTheLimitForNiceValuesAndSaysOnceWhereItCannot)
+{
+    startProcmand();
+    const std::string file = state.getPath() + "/seen";
+    for (int i = 0; i < 2; ++i)
+        ASSERT_NE(announcements.take({"onEnd", launch("/bin/bash", {"-c", "ulimit -e >" + file})}), "");
+
+    const std::string complaint = "cannot raise the limit for nice values";
+    const std::string error = procmand->getError();
+    if (readFile(file) == "20\n" || readFile(file) == "unlimited\n")
+        EXPECT_EQ(error.find(complaint), error.npos);
+    else
+        EXPECT_THAT(error, AllOf(HasSubstr(complaint), testing::Not(HasSubstr(complaint + ".*" + complaint))));
+}
+
+TEST_F(ProcmandLaunch, AnswersAtOnceAndTellsLaterThatAProgramCannotBeStarted)
+{
+    startProcmand();
+    const std::string result = call("IApplicationManager::launch", R"({"program":"/nowhere/player"})");
+
+    const std::string failure = announcements.take({"IApplicationManager::onLaunchFailure"});
+    EXPECT_THAT(failure, HasSubstr(result));
+    EXPECT_THAT(failure, HasSubstr("cannot start /nowhere/player: No such file or directory"));
+    EXPECT_TRUE(find(result.substr(1, result.size() - 2)).empty());
+}
+
+TEST_F(ProcmandLaunch, RefusesRequestsThatMakeNoSense)
+{
+    startProcmand();
+    const std::string method = "IApplicationManager::launch";
+    EXPECT_EQ(refusalOf(method), "program: missing");
+    EXPECT_EQ(refusalOf(method, R"({"program":""})"), "program: is empty");
+    EXPECT_EQ(refusalOf(method, R"({"program":"a","arguments":"b"})"), "arguments: expected an array");
+    EXPECT_EQ(refusalOf(method, R"({"program":"a","arguments":[1]})"), "arguments: expected strings");
+    EXPECT_EQ(refusalOf(method, R"({"program":"a","restart":"sometimes"})"),
+              "restart: expected never, on-failure or always");
+    EXPECT_EQ(refusalOf(method, R"({"program":"a","environment":{"A=B":"c"}})"),
+              "environment.A=B: is no name of an environment variable");
+    EXPECT_EQ(refusalOf(method, R"({"program":"a\u0000b"})"), "a NUL character cannot be passed to a program");
+    for (const char* other : {"stop", "restart"})
+        EXPECT_EQ(refusalOf(std::string("IApplicationManager::") + other, R"({"uid":"nobody"})"),
+                  "there is no application nobody");
+}
+
+TEST_F(ProcmandLaunch, TakesUpAnApplicationThatWasStartedByHand)
+{
+    startProcmand();
+    HelloWindow hello("by hand");
+    ASSERT_THAT(announcements.take({"IApplicationManager::onRegister"}), HasSubstr(R"("uid":"by hand")"));
+
+    EXPECT_TRUE(awaitMember("by hand", "state", "RUNNING"));
+    EXPECT_EQ(pidOf("by hand"), hello.process.getPid());
+    EXPECT_EQ(find("by hand")["restart"], "never");
+    EXPECT_EQ(refusalOf("IApplicationManager::restart", write({{"uid", "by hand"}})),
+              "the application by hand was started by hand");
+
+    hello.process.sendSignal(SIGKILL);
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd"}),
+                AllOf(HasSubstr(R"("exitCode":null,"signal":null)"), HasSubstr(R"("state":"RUNNING")")));
+    EXPECT_TRUE(find("by hand").empty());
+}
+
+TEST_F(ProcmandLaunch, WatchesAProgramWithoutAControlServerAsAProcessOnly)
+{
+    startProcmand({"--keep-alive-deadline", "0.2"});
+    const std::string file = state.getPath() + "/go";
+    const std::string uid = launchShell("until [ -e " + file + " ]; do sleep 0.01; done; exit 7");
+    // Another one runs away meanwhile: that much time has passed, then.
+    const std::string victim = launchVictim();
+    freeze(victim);
+    ASSERT_NE(announcements.take({"onRunaway", victim}), "");
+
+    EXPECT_EQ(find(uid)["phase"], "running");
+    std::ofstream(file).close();
+    EXPECT_THAT(announcements.take({"onEnd", uid}), HasSubstr("\"exitCode\":7"));
+    EXPECT_EQ(announcements.count({"onRunaway", uid}), 0U);
+}
+
+TEST_F(ProcmandLaunch, RunsAHundredApplicationsAtOnce)
+{
+    constexpr int COUNT = 100;
+    startProcmand({"--keep-alive-deadline", "60", "--call-deadline", "30", "--terminate-deadline", "30"});
+    std::vector<std::string> uids;
+    for (int i = 0; i < COUNT; ++i) {
+        const std::string result =
+            call("IApplicationManager::launch", R"({"applicationType":"demo","program":")" HELLO_WINDOW R"("})");
+        uids.push_back(result.substr(1, result.size() - 2));
+    }
+    const auto countOf = [](const std::string& text) {
+        const std::string output = corvanectl({"ps", "--json"}).output;
+        std::size_t count = 0;
+        for (std::size_t at = output.find(text); at != output.npos; at = output.find(text, at + 1))
+            ++count;
+        return count;
+    };
+    EXPECT_TRUE(
+        await([&] { return countOf(R"("state":"RUNNING","hasServer":true)") == COUNT; }, std::chrono::seconds(60)))
+        << countOf(R"("state":"RUNNING","hasServer":true)");
+    for (const std::string& uid : uids)
+        call("IApplicationManager::stop", write({{"uid", uid}}));
+    EXPECT_TRUE(await([&] { return announcements.count({"IApplicationManager::onStop "}) == COUNT; },
+                      std::chrono::seconds(60)));
+    EXPECT_EQ(announcements.count({"\"means\":\"terminate\""}), static_cast<std::size_t>(COUNT));
+    EXPECT_EQ(corvanectl({"ps", "--json"}).output, "");
+}
+
+TEST_F(ProcmandLaunch, IsTheOnlyOneOfItsKind)
+{
+    startProcmand();
+    ChildProcess second({PROCMAND, "--state-folder", state.getPath()});
+
+    EXPECT_EQ(second.wait().status, 1);
+    EXPECT_THAT(second.getError(), HasSubstr("a server that is alive listens on"));
+    EXPECT_EQ(corvanectl({"ps"}).status, 0);
+}

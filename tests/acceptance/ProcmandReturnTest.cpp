@@ -1,0 +1,150 @@
+#include "ProcmandFixture.h"
+
+#include <csignal>
+#include <gmock/gmock.h>
+
+using namespace Corvane::Test;
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace
+{
+
+using ProcmandReturn = WithProcmand;
+
+bool lives(pid_t pid)
+{
+    // A zombie that nobody has waited for lives no more.
+    ChildProcess look({"/bin/sh", "-c", "! grep -q ') Z ' /proc/" + std::to_string(pid) + "/stat"});
+    return look.wait().status == 0 && kill(pid, 0) == 0;
+}
+
+} // namespace
+
+TEST_F(ProcmandReturn, FindsTheApplicationsAndTheirWindowsAgainAfterItWasKilled)
+{
+    startProcmand();
+    const std::string uid = launchVictim();
+    const std::string plain = launchShell("sleep 1000");
+    HelloWindow hello("by hand");
+    ASSERT_TRUE(awaitMember("by hand", "state", "RUNNING"));
+    corvanectl({"focus", uid, "on"});
+    corvanectl({"location", uid, "1,2,30,40"});
+    corvanectl({"opacity", uid, "77"});
+    ASSERT_NE(announcements.take({"IWindowCompositing::onOpacityChange", "77"}), "");
+    const std::string index = corvanectl({"windows", "--json"}).output;
+    const pid_t pid = pidOf(uid);
+    const pid_t plainPid = pidOf(plain);
+    // The windows' states are written with a delay; a victim's end is written at once and behind them.
+    ASSERT_TRUE(await([&] {
+        return ChildProcess({"grep", "-q", "\"opacity\":77", state.getPath() + "/history.jsonl"}).wait().status == 0;
+    }));
+    killProcmand();
+    EXPECT_TRUE(lives(pid));
+    EXPECT_TRUE(lives(plainPid));
+
+    startProcmand();
+    EXPECT_TRUE(awaitMember(uid, "state", "RUNNING"));
+    EXPECT_TRUE(awaitMember(uid, "focus", "true"));
+    EXPECT_TRUE(awaitMember("by hand", "state", "RUNNING"));
+    EXPECT_EQ(pidOf(uid), pid);
+    EXPECT_EQ(pidOf(plain), plainPid);
+    EXPECT_EQ(corvanectl({"windows", "--json"}).output, index);
+    // The window's own connection works again.
+    EXPECT_EQ(corvanectl({"opacity", uid, "12"}).status, 0);
+    EXPECT_EQ(corvanectl({"opacity", uid}).output, "12\n");
+
+    // It is no child of the new process manager: how it ended is unknown, that it ended is not.
+    kill(pid, SIGKILL);
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
+                AllOf(HasSubstr(R"("exitCode":null,"signal":null)"), HasSubstr(R"("state":"RUNNING")")));
+    EXPECT_NE(announcements.take({"IWindowCompositing::onWindowRelease", uid}), "");
+}
+
+TEST_F(ProcmandReturn, FailsCallsOfWindowsClearlyWhileItIsGone)
+{
+    startProcmand();
+    const std::string uid = launchVictim();
+    killProcmand();
+
+    const Outcome outcome = corvanectl({"opacity", uid, "1"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.error, HasSubstr("no process manager is running"));
+    startProcmand();
+    EXPECT_TRUE(await([&] { return corvanectl({"opacity", uid, "1"}).status == 0; }));
+}
+
+TEST_F(ProcmandReturn, RecordsWhatEndedWhileItWasGoneAndRestartsIt)
+{
+    startProcmand();
+    const std::string uid = launchVictim();
+    const std::string faithful = launchVictim("", R"("restart":"on-failure")");
+    const pid_t pid = pidOf(uid);
+    const pid_t faithfulPid = pidOf(faithful);
+    killProcmand();
+    kill(pid, SIGKILL);
+    kill(faithfulPid, SIGKILL);
+    ASSERT_TRUE(await([&] { return !lives(pid) && !lives(faithfulPid); }));
+
+    startProcmand({"--restart-delay", "0.02"});
+    EXPECT_THAT(corvanectl({"history", uid}).output, HasSubstr("unknown"));
+    EXPECT_TRUE(find(uid).empty());
+    EXPECT_TRUE(awaitMember(faithful, "state", "RUNNING"));
+    EXPECT_EQ(find(faithful)["restarts"], "1");
+}
+
+TEST_F(ProcmandReturn, KeepsTheHistoryAndTheRestartsThatAreDue)
+{
+    startProcmand({"--restart-delay", "1000", "--restart-delay-limit", "1000"});
+    const std::string uid = launchShell("echo last words >&2; exit 3", R"("restart":"always")");
+    ASSERT_NE(announcements.take({"IApplicationManager::onRestartDelay", uid}), "");
+    killProcmand();
+
+    startProcmand({"--restart-delay", "0.02", "--restart-limit", "1"});
+    ASSERT_TRUE(await([&] {
+        return corvanectl({"history", "--json", uid}).output.find("\"restarts\":1") != std::string::npos;
+    }));
+    const std::string history = corvanectl({"history", uid}).output;
+    EXPECT_THAT(history, AllOf(HasSubstr("exit 3"), HasSubstr("    | last words\n")));
+}
+
+TEST_F(ProcmandReturn, LeavesTheApplicationsRunningAtItsEnd)
+{
+    startProcmand();
+    const std::string uid = launchVictim();
+    const pid_t pid = pidOf(uid);
+
+    EXPECT_EQ(endProcmand(), 0);
+    EXPECT_TRUE(lives(pid));
+}
+
+TEST_F(ProcmandReturn, StopsWhatItLaunchedAtItsEndWhenItIsToldTo)
+{
+    startProcmand({"--stop-applications"});
+    const pid_t pid = pidOf(launchVictim("", R"("restart":"always")"));
+    const pid_t plain = pidOf(launchShell("sleep 1000"));
+    HelloWindow hello("by hand");
+    ASSERT_TRUE(awaitMember("by hand", "state", "RUNNING"));
+
+    EXPECT_EQ(endProcmand(), 0);
+    EXPECT_FALSE(lives(pid));
+    EXPECT_FALSE(lives(plain));
+    EXPECT_TRUE(lives(hello.process.getPid())) << "what was started by hand is not its to stop";
+}
+
+TEST_F(ProcmandReturn, ReadsAHistoryThatWasCutShort)
+{
+    startProcmand();
+    ASSERT_NE(announcements.take({"onEnd", launchShell("exit 3")}), "");
+    killProcmand();
+    ASSERT_EQ(
+        ChildProcess({"/bin/sh", "-c", "printf '{\"record\":\"end\",\"uid' >>" + state.getPath() + "/history.jsonl"})
+            .wait()
+            .status,
+        0);
+
+    startProcmand();
+    EXPECT_THAT(corvanectl({"history"}).output, HasSubstr("exit 3"));
+    ASSERT_NE(announcements.take({"onEnd", launchShell("exit 4")}), "");
+    EXPECT_THAT(corvanectl({"history"}).output, AllOf(HasSubstr("exit 3"), HasSubstr("exit 4")));
+}

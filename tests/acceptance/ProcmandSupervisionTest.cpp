@@ -1,0 +1,294 @@
+#include "ProcmandFixture.h"
+
+#include <csignal>
+#include <fstream>
+#include <gmock/gmock.h>
+
+using namespace Corvane::Test;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace
+{
+
+using ProcmandSupervision = WithProcmand;
+
+std::string uidParameter(const std::string& uid)
+{
+    return write({{"uid", uid}});
+}
+
+} // namespace
+
+TEST_F(ProcmandSupervision, KeepsHowAnApplicationCrashedInEachLifecycleState)
+{
+    startProcmand({"--keep-alive-deadline", "60"});
+    // From LOADING on, each is reached from the one before it.
+    for (const char* state :
+         {"UNINITIALIZED", "LOADING", "RUNNING", "SUSPENDING", "SUSPENDED", "RESUMING", "TERMINATING"}) {
+        const std::string uid = launchVictim();
+        corvanectl({"state", uid, "UNINITIALIZED"});
+        for (const char* step : {"LOADING", "RUNNING", "SUSPENDING", "SUSPENDED", "RESUMING", "TERMINATING"})
+            if (find(uid)["state"] != state) {
+                corvanectl({"state", uid, step});
+                ASSERT_TRUE(awaitMember(uid, "state", step));
+            }
+        kill(pidOf(uid), SIGSEGV);
+
+        const std::string end = announcements.take({"IApplicationManager::onEnd", uid});
+        EXPECT_THAT(end, AllOf(HasSubstr(R"("exitCode":null,"signal":11)"),
+                               HasSubstr(std::string(R"("state":"ABORTED","previousState":")") + state + "\""),
+                               HasSubstr(R"("ranAway":false,"wasStopped":false)"),
+                               HasSubstr("Received Signal [Segmentation fault]")))
+            << state;
+    }
+}
+
+TEST_F(ProcmandSupervision, KeepsTheLastStateOfOneThatCouldNotSayAnything)
+{
+    startProcmand();
+    const std::string uid = launchVictim();
+    corvanectl({"state", uid, "SUSPENDING"});
+    ASSERT_TRUE(awaitMember(uid, "state", "SUSPENDING"));
+    kill(pidOf(uid), SIGKILL);
+
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
+                AllOf(HasSubstr(R"("signal":9)"), HasSubstr(R"("state":"SUSPENDING","previousState":"RUNNING")")));
+}
+
+TEST_F(ProcmandSupervision, KeepsTheExitCode)
+{
+    startProcmand();
+    const std::string uid = launchShell("exit 37");
+
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
+                AllOf(HasSubstr(R"("exitCode":37,"signal":null)"), HasSubstr(R"("state":"")")));
+}
+
+TEST_F(ProcmandSupervision, KeepsTheLastFourKibibytesOfStandardError)
+{
+    startProcmand();
+    const std::string uid =
+        launchShell("echo not this; i=0; while [ $i -lt 1000 ]; do echo line $i >&2; i=$((i+1)); done");
+    std::string all;
+    for (int i = 0; i < 1000; ++i)
+        all += "line " + std::to_string(i) + "\n";
+
+    auto end = readMembers(announcements.take({"IApplicationManager::onEnd", uid}).substr(27));
+    EXPECT_EQ(end["standardError"], all.substr(all.size() - 4096));
+}
+
+TEST_F(ProcmandSupervision, MakesOneThatHangsARunawayAndKillsIt)
+{
+    startProcmand({"--keep-alive-deadline", "1", "--call-deadline", "0.3", "--term-deadline", "0.3"});
+    const std::string healthy = launchVictim();
+    const std::string uid = launchVictim();
+    freeze(uid);
+
+    ASSERT_NE(announcements.take({"IApplicationManager::onRunaway", uid}), "");
+    EXPECT_EQ(find(uid)["state"], "RUNAWAY");
+    const std::string end = announcements.take({"IApplicationManager::onEnd", uid});
+    EXPECT_THAT(end, AllOf(HasSubstr(R"("signal":9)"), HasSubstr(R"("state":"RUNAWAY","previousState":"RUNNING")"),
+                           HasSubstr(R"("ranAway":true,"wasStopped":false)")));
+    EXPECT_EQ(find(healthy)["state"], "RUNNING") << "one that proves that it lives is left alone";
+    EXPECT_EQ(announcements.count({"onRunaway", healthy}), 0U);
+}
+
+TEST_F(ProcmandSupervision, AsksARunawayToTakeThatState)
+{
+    // hello-window proves that it is alive every five seconds, and answers all the time.
+    startProcmand({"--keep-alive-deadline", "0.5", "--call-deadline", "30"});
+    const std::string uid = launch(HELLO_WINDOW, {}, R"("applicationType":"demo")");
+
+    ASSERT_NE(announcements.take({"IApplicationManager::onRunaway", uid}), "");
+    EXPECT_NE(announcements.take({"IApplication::onStateChange", uid, R"("newState":"RUNAWAY")"}), "");
+    // Its main loop ends in that state, so no signal is needed.
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
+                AllOf(HasSubstr(R"("exitCode":0)"), HasSubstr(R"("ranAway":true)")));
+}
+
+TEST_F(ProcmandSupervision, NoticesAControlServerThatNeverAnswers)
+{
+    startProcmand({"--keep-alive-deadline", "0.5", "--call-deadline", "0.3", "--term-deadline", "0.3"});
+    // A server by its socket only: it takes connections, as the system does that, and answers nothing.
+    const std::string uid =
+        launch("python3", {"-c", "import json,os,signal,socket\n"
+                                 "signal.signal(signal.SIGTERM, signal.SIG_IGN)\n"
+                                 "uid=json.loads(os.environ['CORVANE_APP_PARAMETERS'])['authorizationToken']\n"
+                                 "path=os.environ['CORVANE_RUNTIME_DIR']+'/APP'+uid+'.sock'\n"
+                                 "s=socket.socket(socket.AF_UNIX)\ns.bind(path)\ns.listen()\nos.chmod(path,0o600)\n"
+                                 "signal.pause()\n"});
+
+    ASSERT_NE(announcements.take({"IApplicationManager::onRunaway", uid}), "");
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}), HasSubstr(R"("signal":9)"));
+}
+
+TEST_F(ProcmandSupervision, StopsByAskingFirst)
+{
+    startProcmand();
+    const std::string uid = launchVictim();
+    call("IApplicationManager::stop", uidParameter(uid));
+
+    EXPECT_THAT(
+        announcements.take({"IApplicationManager::onEnd", uid}),
+        AllOf(HasSubstr(R"("exitCode":0)"), HasSubstr(R"("state":"TERMINATED")"), HasSubstr(R"("wasStopped":true)")));
+    EXPECT_THAT(announcements.take({"IApplicationManager::onStop", uid}), HasSubstr(R"("means":"terminate")"));
+    EXPECT_TRUE(find(uid).empty());
+}
+
+TEST_F(ProcmandSupervision, StopsWithSigtermOneThatDoesNotTerminateWhenAsked)
+{
+    startProcmand({"--terminate-deadline", "0.2"});
+    const std::string deaf = launchVictim("deaf");
+    call("IApplicationManager::stop", uidParameter(deaf));
+    EXPECT_THAT(announcements.take({"IApplicationManager::onStop", deaf}), HasSubstr(R"("means":"SIGTERM")"));
+
+    const std::string withoutServer = launchShell("sleep 1000");
+    call("IApplicationManager::stop", uidParameter(withoutServer));
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", withoutServer}), HasSubstr(R"("signal":15)"));
+}
+
+TEST_F(ProcmandSupervision, StopsWithSigkillOneThatIgnoresSigterm)
+{
+    startProcmand({"--term-deadline", "0.2"});
+    const std::string file = state.getPath() + "/ready";
+    const std::string uid = launchShell("trap '' TERM; : >" + file + "; while :; do sleep 0.1; done");
+    ASSERT_TRUE(await([&] { return std::ifstream(file).good(); }));
+    call("IApplicationManager::stop", uidParameter(uid));
+
+    EXPECT_THAT(announcements.take({"IApplicationManager::onStop", uid}), HasSubstr(R"("means":"SIGKILL")"));
+}
+
+TEST_F(ProcmandSupervision, SignalsTheWholeProcessGroup)
+{
+    startProcmand();
+    const std::string file = state.getPath() + "/child";
+    const std::string uid =
+        launchShell("sleep 1000 & echo $! >" + file + ".new; mv " + file + ".new " + file + "; wait");
+    ASSERT_TRUE(await([&] { return std::ifstream(file).good(); }));
+    pid_t child = 0;
+    std::ifstream(file) >> child;
+    call("IApplicationManager::stop", uidParameter(uid));
+    ASSERT_NE(announcements.take({"IApplicationManager::onStop", uid}), "");
+
+    // Gone, or a zombie that nobody has waited for.
+    EXPECT_TRUE(await([&] {
+        std::ifstream stat("/proc/" + std::to_string(child) + "/stat");
+        std::string text;
+        return !std::getline(stat, text) || text.find(") Z ") != text.npos;
+    }));
+}
+
+TEST_F(ProcmandSupervision, RestartsAFailureWithGrowingDelaysUpToALimit)
+{
+    startProcmand({"--restart-delay", "0.02", "--restart-delay-limit", "0.05", "--restart-limit", "4"});
+    const std::string uid = launchShell("exit 1", R"("restart":"on-failure")");
+    ASSERT_THAT(announcements.take({"IApplicationManager::onRestartLimit", uid}), HasSubstr(R"("restartsInRow":4)"));
+
+    std::vector<std::string> delays;
+    for (const std::string& announcement : announcements.getAll())
+        if (announcement.starts_with("IApplicationManager::onRestartDelay "))
+            delays.push_back(readMembers(announcement.substr(36))["delayMs"]);
+    EXPECT_THAT(delays, ElementsAre("20", "40", "50", "50"));
+    EXPECT_EQ(announcements.count({"IApplicationManager::onLaunch ", uid}), 5U);
+    EXPECT_EQ(announcements.count({"IApplicationManager::onEnd ", uid}), 5U);
+    EXPECT_TRUE(find(uid).empty());
+}
+
+TEST_F(ProcmandSupervision, RestartsUnderTheSameUidAfterACrashAndWatchesAgain)
+{
+    startProcmand({"--restart-delay", "0.02"});
+    const std::string uid = launchVictim("", R"("restart":"on-failure")");
+    const pid_t first = pidOf(uid);
+    kill(first, SIGSEGV);
+    ASSERT_NE(announcements.take({"IApplicationManager::onRestartDelay", uid}), "");
+    ASSERT_THAT(announcements.take({"IApplicationManager::onLaunch ", uid}), HasSubstr(R"("restarts":1)"));
+
+    ASSERT_TRUE(awaitMember(uid, "state", "RUNNING"));
+    EXPECT_NE(pidOf(uid), first);
+    EXPECT_EQ(find(uid)["restarts"], "1");
+    EXPECT_EQ(corvanectl({"opacity", uid, "9"}).status, 0);
+    EXPECT_NE(announcements.take({"IWindow::onOpacityChange", uid, "\"newOpacity\":9"}), "");
+}
+
+TEST_F(ProcmandSupervision, RestartsARunaway)
+{
+    startProcmand(
+        {"--restart-delay", "0.02", "--keep-alive-deadline", "1", "--call-deadline", "0.2", "--term-deadline", "0.2"});
+    const std::string uid = launchVictim("", R"("restart":"on-failure")");
+    freeze(uid);
+
+    EXPECT_THAT(announcements.take({"IApplicationManager::onLaunch ", uid}), HasSubstr(R"("restarts":1)"));
+}
+
+TEST_F(ProcmandSupervision, RestartsOnlyWhatItIsToRestart)
+{
+    startProcmand({"--restart-delay", "0.02", "--restart-limit", "1"});
+    struct Case {
+        const char* mode;
+        const char* command;
+        bool restarts;
+    };
+    for (const Case& oneOf : {Case{"never", "exit 1", false}, Case{"on-failure", "exit 0", false},
+                              Case{"on-failure", "kill -9 $$", true}, Case{"always", "exit 0", true}}) {
+        const std::string uid = launchShell(oneOf.command, std::string(R"("restart":")") + oneOf.mode + "\"");
+        ASSERT_NE(announcements.take({"IApplicationManager::onEnd", uid}), "");
+        ASSERT_TRUE(await([&] { return find(uid).empty(); }));
+        EXPECT_EQ(announcements.count({"IApplicationManager::onRestartDelay", uid}), oneOf.restarts ? 1U : 0U)
+            << oneOf.mode << ": " << oneOf.command;
+    }
+}
+
+TEST_F(ProcmandSupervision, DoesNotRestartWhatWasStopped)
+{
+    startProcmand({"--restart-delay", "0.02"});
+    const std::string uid = launchVictim("", R"("restart":"always")");
+    call("IApplicationManager::stop", uidParameter(uid));
+    ASSERT_NE(announcements.take({"IApplicationManager::onStop", uid}), "");
+
+    EXPECT_TRUE(find(uid).empty());
+    EXPECT_EQ(announcements.count({"IApplicationManager::onRestartDelay", uid}), 0U);
+}
+
+TEST_F(ProcmandSupervision, StopsOneThatWaitsForItsRestart)
+{
+    startProcmand({"--restart-delay", "1000", "--restart-delay-limit", "1000"});
+    const std::string uid = launchShell("exit 1", R"("restart":"always")");
+    ASSERT_NE(announcements.take({"IApplicationManager::onRestartDelay", uid}), "");
+    EXPECT_EQ(find(uid)["phase"], "waiting");
+    call("IApplicationManager::stop", uidParameter(uid));
+
+    EXPECT_NE(announcements.take({"IApplicationManager::onStop", uid}), "");
+    EXPECT_TRUE(find(uid).empty());
+}
+
+TEST_F(ProcmandSupervision, RestartsOnRequestAtOnce)
+{
+    startProcmand({"--restart-delay", "1000", "--restart-delay-limit", "1000"});
+    const std::string uid = launchVictim();
+    const pid_t first = pidOf(uid);
+    call("IApplicationManager::restart", uidParameter(uid));
+
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}), HasSubstr(R"("wasStopped":true)"));
+    EXPECT_THAT(announcements.take({"IApplicationManager::onLaunch ", uid}), HasSubstr(R"("restarts":1)"));
+    EXPECT_TRUE(awaitMember(uid, "state", "RUNNING"));
+    EXPECT_NE(pidOf(uid), first);
+}
+
+TEST_F(ProcmandSupervision, NeverWaitsInACallForAnApplicationThatHangs)
+{
+    startProcmand({"--call-deadline", "1000", "--terminate-deadline", "1000", "--keep-alive-deadline", "1000"});
+    const std::string uid = launchVictim();
+    const std::string other = launchVictim();
+    freeze(uid);
+
+    // Each of these makes a worker wait for a very long time; the calls have five seconds.
+    call("IWindowCompositing::setFocus", R"({"uid":")" + uid + R"(","obtained":true})");
+    call("IWindowCompositing::setFocus", R"({"uid":")" + other + R"(","obtained":true})");
+    call("IApplicationManager::stop", uidParameter(uid));
+    call("IApplicationManager::stop", uidParameter(other));
+    EXPECT_NE(announcements.take({"IApplicationManager::onStop", other}), "");
+    kill(pidOf(uid), SIGKILL);
+    EXPECT_NE(announcements.take({"IApplicationManager::onStop", uid}), "");
+}

@@ -1,0 +1,201 @@
+#include "InputFixture.h"
+
+#include <functional>
+
+/// What the devices that are there at the start give.
+namespace Corvane::Test
+{
+
+using Devices = InputTest;
+
+TEST_F(Devices, MouseGivesOneEventAFrame)
+{
+    MockDevice device(machine, mouse());
+    driver.enableMouse();
+    driver.start();
+
+    device.report({{EV_KEY, BTN_LEFT, 1}, {EV_REL, REL_X, 3}, {EV_REL, REL_Y, -2}});
+    device.report({{EV_KEY, BTN_LEFT, 0}});
+
+    EXPECT_EQ(listener.take(2), (Texts{"mouse left pressed by 3,-2,0", "mouse left released"}));
+}
+
+TEST_F(Devices, WheelGivesItsStepsOnce)
+{
+    MockDevice device(machine, mouse());
+    driver.enableMouse();
+    driver.start();
+
+    device.report({{EV_REL, REL_WHEEL, 1}, {EV_REL, REL_WHEEL_HI_RES, 120}});
+    device.report({{EV_REL, REL_WHEEL, -1}, {EV_REL, REL_WHEEL_HI_RES, -120}});
+
+    EXPECT_EQ(listener.take(2), (Texts{"mouse by 0,0,-1", "mouse by 0,0,1"}));
+}
+
+TEST_F(Devices, AbsolutePointerGivesAPositionOnTheScreen)
+{
+    MockDevice device(machine, tablet());
+    driver.enableMouse();
+    driver.start();
+
+    device.report({{EV_ABS, ABS_X, 32767}, {EV_ABS, ABS_Y, 16384}});
+    device.report({{EV_ABS, ABS_X, 0}, {EV_REL, REL_WHEEL, -1}});
+    device.report({{EV_KEY, BTN_RIGHT, 1}});
+
+    EXPECT_EQ(listener.take(3), (Texts{"mouse at 1279,359", "mouse at 0,359 by 0,0,1", "mouse right pressed"}));
+}
+
+TEST_F(Devices, KeyboardGivesCharactersWhereKeysHaveThem)
+{
+    MockDevice device(machine, keyboard());
+    driver.enableKeyboard();
+    driver.start();
+
+    device.press(KEY_LEFTSHIFT);
+    device.press(KEY_H);
+    device.release(KEY_H);
+    device.release(KEY_LEFTSHIFT);
+    device.press(KEY_I);
+    device.press(KEY_ENTER);
+
+    EXPECT_EQ(listener.take(6), (Texts{"KEY_LEFTSHIFT pressed", "'H' pressed", "'H' released", "KEY_LEFTSHIFT released",
+                                       "'i' pressed", "KEY_ENTER pressed"}));
+}
+
+TEST_F(Devices, KeyboardBeginsWithTheCapsLockThatItsLightShows)
+{
+    DeviceSpecification locked = keyboard();
+    locked.ledsOn = {LED_CAPSL};
+    MockDevice device(machine, locked);
+    driver.enableKeyboard();
+    driver.start();
+
+    device.press(KEY_A);
+
+    EXPECT_EQ(listener.take(), "'A' pressed");
+}
+
+TEST_F(Devices, InfraredRemoteGivesKeysAlthoughItSaysThatItIsAKeyboardAndAMouse)
+{
+    MockDevice device(machine, infrared());
+    driver.enableIr();
+    driver.start();
+
+    device.report({{EV_MSC, MSC_SCAN, 0x40}, {EV_KEY, KEY_OK, 1}});
+    device.report({{EV_KEY, KEY_OK, 2}});
+    device.release(KEY_OK);
+    device.press(KEY_1);
+
+    EXPECT_EQ(listener.take(4), (Texts{"KEY_OK pressed", "KEY_OK pressed", "KEY_OK released", "KEY_1 pressed"}));
+}
+
+TEST_F(Devices, ArePassedOnInTheOrderInWhichEachReports)
+{
+    MockDevice device(machine, infrared());
+    driver.enableIr();
+    driver.start();
+
+    Texts expected;
+    for (unsigned int code = KEY_ESC; code < KEY_PAUSE; ++code) {
+        device.press(code);
+        device.release(code);
+        const std::string name = findKeyName(code).empty() ? std::to_string(code) : findKeyName(code);
+        expected.push_back(name + " pressed");
+        expected.push_back(name + " released");
+    }
+
+    EXPECT_EQ(listener.take(expected.size()), expected);
+}
+
+TEST_F(Devices, KeyThatIsHeldWhenItsDeviceIsOpenedGivesNoReleaseAlone)
+{
+    MockDevice device(machine, infrared());
+    device.press(KEY_OK);
+    driver.enableIr();
+    driver.start();
+    EXPECT_EQ(listener.take(), "KEY_OK pressed");
+    driver.disableIr();
+    ASSERT_EQ(listener.take(), "KEY_OK released");
+    ASSERT_TRUE(awaitClosed(device));
+    driver.enableIr();
+    ASSERT_TRUE(awaitOpen(device));
+
+    device.release(KEY_OK);
+    device.press(KEY_UP);
+
+    EXPECT_EQ(listener.take(), "KEY_UP pressed");
+}
+
+/// A device, and the class that switches it; none for a device that no class opens.
+struct Classification {
+    const char* name;
+    DeviceSpecification specification;
+    void (InputDriver::*enable)();
+
+    friend std::ostream& operator<<(std::ostream& stream, const Classification& one) { return stream << one.name; }
+};
+
+DeviceSpecification with(DeviceSpecification specification, const std::function<void(DeviceSpecification&)>& change)
+{
+    change(specification);
+    return specification;
+}
+
+DeviceSpecification withoutProperties(DeviceSpecification specification)
+{
+    specification.properties.clear();
+    return specification;
+}
+
+const Classification CLASSIFICATIONS[] = {
+    {"Mouse", mouse(), &InputDriver::enableMouse},
+    {"Tablet", tablet(), &InputDriver::enableMouse},
+    {"Keyboard", keyboard(), &InputDriver::enableKeyboard},
+    {"InfraredReceiver", infrared(), &InputDriver::enableIr},
+    {"TelevisionOverTheCable", with(keyboard(), [](auto& device) { device.bus = BUS_CEC; }), &InputDriver::enableIr},
+    {"FrontPanel", with(keyboard(), [](auto& device) { device.properties.erase("ID_INPUT_KEYBOARD"); }),
+     &InputDriver::enableIr},
+    {"MouseWithKeys", with(keyboard(), [](auto& device) { device.properties["ID_INPUT_MOUSE"] = "1"; }),
+     &InputDriver::enableMouse},
+    {"MouseWithoutUdev", withoutProperties(mouse()), &InputDriver::enableMouse},
+    {"TabletWithoutUdev", withoutProperties(tablet()), &InputDriver::enableMouse},
+    {"KeyboardWithoutUdev", withoutProperties(keyboard()), &InputDriver::enableKeyboard},
+    {"ReceiverWithoutUdev", withoutProperties(infrared()), &InputDriver::enableIr},
+    {"FewKeysWithoutUdev", with(withoutProperties(keyboard()), [](auto& device) { device.codes[EV_KEY].erase(KEY_W); }),
+     &InputDriver::enableIr},
+    {"NoKeysWithoutUdev", with(withoutProperties(mouse()), [](auto& device) { device.codes.erase(EV_KEY); }), nullptr},
+    {"Joystick",
+     with(mouse(),
+          [](auto& device) {
+              device.properties = {{"ID_INPUT", "1"}, {"ID_INPUT_JOYSTICK", "1"}};
+          }),
+     nullptr},
+};
+
+class DeviceClassification : public InputTest, public ::testing::WithParamInterface<Classification>
+{
+};
+
+TEST_P(DeviceClassification, DecidesWhichSwitchOpensTheDevice)
+{
+    MockDevice device(machine, GetParam().specification);
+    // When this one is open, the driver has looked at the other as well.
+    const bool isMouse = GetParam().enable == &InputDriver::enableMouse;
+    MockDevice last(machine, isMouse ? keyboard() : mouse());
+    driver.start();
+    for (const auto enable : {&InputDriver::enableMouse, &InputDriver::enableKeyboard, &InputDriver::enableIr})
+        if (enable != GetParam().enable)
+            (driver.*enable)();
+    ASSERT_TRUE(awaitOpen(last));
+    EXPECT_TRUE(awaitClosed(device));
+
+    if (GetParam().enable != nullptr) {
+        (driver.*GetParam().enable)();
+        EXPECT_TRUE(awaitOpen(device));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, DeviceClassification, ::testing::ValuesIn(CLASSIFICATIONS),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+} // namespace Corvane::Test

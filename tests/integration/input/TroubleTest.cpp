@@ -1,0 +1,225 @@
+#include "InputFixture.h"
+
+#include <algorithm>
+#include <atomic>
+#include <linux/capability.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+
+/// What goes wrong on a real machine.
+namespace Corvane::Test
+{
+
+using InputTrouble = InputTest;
+
+namespace
+{
+
+/// From now on this thread, and those that it starts, need a permission to open a file, root's as well.
+void giveUpRootsWayIntoFiles()
+{
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct sets[_LINUX_CAPABILITY_U32S_3]{};
+    ASSERT_EQ(syscall(SYS_capget, &header, sets), 0);
+    sets[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+    ASSERT_EQ(syscall(SYS_capset, &header, sets), 0);
+}
+
+} // namespace
+
+TEST_F(InputTrouble, MayBeThatThereIsNoDeviceAtAll)
+{
+    enableAll();
+    driver.enableHotplug();
+    CapturedOutput error;
+    driver.start();
+
+    driver.injectInputEvent(std::make_shared<const IWindowEvent::KeyEvent>(KEY_OK, true), 0);
+
+    EXPECT_EQ(listener.take(), "KEY_OK pressed");
+    EXPECT_EQ(error.getText(), "");
+}
+
+TEST_F(InputTrouble, LossOfEventsIsMadeUpForByTheStateOfTheDevice)
+{
+    MockDevice remote(machine, infrared());
+    driver.enableIr();
+    driver.start();
+    remote.press(KEY_OK);
+    remote.press(KEY_UP);
+    ASSERT_EQ(listener.take(2), (Texts{"KEY_OK pressed", "KEY_UP pressed"}));
+
+    remote.lose({{EV_KEY, KEY_OK, 0}, {EV_KEY, KEY_DOWN, 1}});
+    EXPECT_EQ(listener.take(2), (Texts{"KEY_DOWN pressed", "KEY_OK released"}));
+
+    remote.release(KEY_DOWN);
+    remote.release(KEY_UP);
+    EXPECT_EQ(listener.take(2), (Texts{"KEY_DOWN released", "KEY_UP released"}));
+}
+
+TEST_F(InputTrouble, LossOfEventsWithinAFrameLeavesNoKeyHeld)
+{
+    MockDevice pointer(machine, mouse());
+    driver.enableMouse();
+    driver.start();
+    pointer.press(BTN_LEFT);
+    ASSERT_EQ(listener.take(), "mouse left pressed");
+
+    pointer.reportOpenFrame({{EV_KEY, BTN_LEFT, 0}, {EV_REL, REL_X, 5}});
+    pointer.lose({{EV_KEY, BTN_RIGHT, 1}});
+
+    EXPECT_EQ(listener.take(2), (Texts{"mouse left released", "mouse right pressed"}));
+}
+
+TEST_F(InputTrouble, DeviceThatMayNotBeOpenedIsOneLineAndTheOthersWork)
+{
+    MockDevice forbidden(machine, infrared());
+    MockDevice remote(machine, infrared());
+    MockDevice pointer(machine, mouse());
+    const std::string file = machine.locate(forbidden.getNode());
+    ASSERT_EQ(chmod(file.c_str(), 0), 0);
+    giveUpRootsWayIntoFiles();
+    CapturedOutput error;
+    driver.enableIr();
+    driver.start();
+    remote.press(KEY_OK);
+    ASSERT_EQ(listener.take(), "KEY_OK pressed");
+    const Texts oneLine{"cannot open " + forbidden.getNode() + ": Permission denied"};
+    EXPECT_EQ(error.getMessages(), oneLine);
+
+    // Each change of a switch tries again, and says nothing again.
+    driver.enableMouse();
+    ASSERT_TRUE(awaitOpen(pointer));
+    EXPECT_EQ(error.getMessages(), oneLine);
+    ASSERT_EQ(chmod(file.c_str(), S_IRUSR), 0);
+    driver.disableMouse();
+    EXPECT_TRUE(awaitOpen(forbidden));
+}
+
+TEST_F(InputTrouble, DeviceWhoseNodeIsMissingIsOneLine)
+{
+    MockDevice remote(machine, infrared());
+    MockDevice gone(machine, infrared());
+    ASSERT_EQ(unlink(machine.locate(gone.getNode()).c_str()), 0);
+    CapturedOutput error;
+    driver.enableIr();
+    driver.start();
+
+    remote.press(KEY_OK);
+
+    EXPECT_EQ(listener.take(), "KEY_OK pressed");
+    EXPECT_EQ(error.getMessages(), Texts{"cannot open " + gone.getNode() + ": No such file or directory"});
+}
+
+TEST_F(InputTrouble, DeviceThatTalksNonsenseGoesOnWorking)
+{
+    MockDevice remote(machine, infrared());
+    driver.enableIr();
+    driver.start();
+
+    remote.report({{EV_KEY, KEY_MAX, 1}, {EV_KEY, 0xFFFF, 1}, {EV_ABS, ABS_MT_SLOT, 5}, {EV_REL, 0xFFFF, -1}});
+    remote.report({{0xFFFF, 0xFFFF, 1}, {EV_SYN, SYN_MT_REPORT, 0}, {EV_KEY, KEY_OK, 77}, {EV_KEY, KEY_UP, 0}});
+    remote.report({});
+    remote.press(KEY_OK);
+
+    EXPECT_EQ(listener.take(), "KEY_OK pressed");
+}
+
+TEST_F(InputTrouble, FloodLosesNothing)
+{
+    constexpr int COUNT = 10000;
+    MockDevice remote(machine, infrared());
+    driver.enableIr();
+    driver.start();
+    std::thread hand([&] {
+        for (int i = 0; i < COUNT / 2; ++i) {
+            remote.press(KEY_OK);
+            remote.release(KEY_OK);
+        }
+    });
+
+    int wrong = 0;
+    for (int i = 0; i < COUNT; ++i)
+        wrong += listener.take() != (i % 2 == 0 ? "KEY_OK pressed" : "KEY_OK released");
+    hand.join();
+
+    EXPECT_EQ(wrong, 0);
+    EXPECT_TRUE(listener.events.isEmpty());
+}
+
+/// Stays in its first call until it may return.
+class HoldingListener : public InputRecorder
+{
+public:
+    int onInputEvent(const IWindowEvent::InputEvent& event) override
+    {
+        InputRecorder::onInputEvent(event);
+        bool ignored = false;
+        if (!std::exchange(hasHeld, true))
+            mayReturn.take(ignored);
+        return 0;
+    }
+
+    Mailbox<bool> mayReturn;
+
+private:
+    bool hasHeld = false;
+};
+
+TEST_F(InputTrouble, FloodOfOneDeviceDelaysNoOther)
+{
+    constexpr int COUNT = 1000;
+    HoldingListener holding;
+    driver.removeInputEventListener(&listener);
+    driver.addInputEventListener(&holding, 0);
+    MockDevice flooding(machine, infrared());
+    MockDevice pointer(machine, mouse());
+    enableAll();
+    driver.start();
+    flooding.press(KEY_OK);
+    ASSERT_EQ(holding.take(), "KEY_OK pressed");
+    ASSERT_TRUE(awaitOpen(pointer));
+
+    // All of this waits when the driver goes on.
+    for (int i = 0; i < COUNT; ++i)
+        flooding.report({{EV_KEY, KEY_OK, 2}});
+    pointer.report({{EV_REL, REL_X, 1}});
+    holding.mayReturn.put(true);
+
+    const Texts heard = holding.take(COUNT + 1);
+    const auto place = std::ranges::find(heard, "mouse by 1,0,0") - heard.begin();
+    EXPECT_LT(place, 20);
+    EXPECT_EQ(std::ranges::count(heard, "KEY_OK pressed"), COUNT);
+    driver.removeInputEventListener(&holding);
+}
+
+TEST_F(InputTrouble, ListenerThatIsRemovedWhileEventsFlowIsNotCalledAgain)
+{
+    MockDevice remote(machine, infrared());
+    driver.enableIr();
+    driver.start();
+    std::atomic<bool> done{false};
+    std::thread hand([&] {
+        while (!done) {
+            remote.press(KEY_OK);
+            remote.release(KEY_OK);
+        }
+    });
+    for (int i = 0; i < 100; ++i) {
+        InputRecorder passing;
+        driver.addInputEventListener(&passing, 0);
+        EXPECT_NE(passing.take(), "nothing");
+        driver.removeInputEventListener(&passing);
+        while (!passing.events.isEmpty())
+            passing.take();
+        // One more event has gone through the driver since.
+        EXPECT_NE(listener.take(), "nothing");
+        EXPECT_TRUE(passing.events.isEmpty());
+    }
+    done = true;
+    hand.join();
+}
+
+} // namespace Corvane::Test
