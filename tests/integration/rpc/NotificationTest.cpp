@@ -166,6 +166,18 @@ TEST_F(RPCNotification, ReachesListenersInTheProcess)
     EXPECT_EQ(listener.kept, std::vector<std::string>{ringOf(1)});
 }
 
+TEST_F(RPCNotification, ReachesTheListenersThatStayWhenAnotherGoes)
+{
+    KeepingListener going;
+    KeepingListener staying;
+    server.addListener(&going);
+    server.addListener(&staying);
+    server.removeListener(&going);
+    server.notifyRing(1);
+    EXPECT_EQ(going.kept, std::vector<std::string>());
+    EXPECT_EQ(staying.kept, std::vector<std::string>{ringOf(1)});
+}
+
 } // namespace
 
 } // namespace Corvane::Test
