@@ -88,7 +88,7 @@ int main(int argc, char** argv)
     if (std::getenv("CORVANE_WINDOWEXEC_STANDALONE") == nullptr)
         std::cerr << "input-viewer: devices are silent until a manager gives the focus; to enable them at once, set "
                      "CORVANE_WINDOWEXEC_STANDALONE\n";
+    Corvane::WindowExec exec(argc, argv);
     ViewerWindow window(argc, argv);
-    Corvane::WindowExec exec(argc, argv); // second, and so destroyed first: no event reaches a window that is gone
     exec.run(&window);
 }

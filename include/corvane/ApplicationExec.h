@@ -7,6 +7,7 @@ namespace Corvane
 
 class APPRPCServer;
 class Application;
+class Service;
 
 /// The ready-made main routine of an application without a window: a service, or a plain application.
 ///
@@ -20,7 +21,7 @@ class Application;
 ///
 /// A service, which derives from Application and from Service, gets its control server. A plain application has no
 /// control server of its own: its managers see it as a process only, and whoever listens inside the process hears of
-/// its changes.
+/// its changes. docs/services.md tells more.
 ///
 /// Declare it before the application, so that it is destroyed after it: the managers then still hear how the service
 /// ends. Main thread only.
@@ -36,12 +37,17 @@ public:
     /// Names the process in its debug output; to be called before anything is printed.
     static void runtimeInit(const char* name);
 
-    /// Brings up the control server of a service, initialises the application, and runs its main loop until that
-    /// returns. Once an ApplicationExec. STATE_RUNNING is left to the application.
-    /// @throws whatever a step throws, after one debug line for a `std::exception`
+    /// Brings up the control server of a service, initialises the application, runs its main loop until that returns,
+    /// and waits for a handler that is still at work. Once an ApplicationExec. STATE_RUNNING is left to the
+    /// application.
+    /// @throws whatever a step throws, after one debug line for a `std::exception`; the control server answers nobody
+    ///         any more then, so that no call meets a service that is being destroyed
     void run(Application* application);
 
 private:
+    void bringUpServer(Service* service);
+    void stopServer();
+
     APPRPCServer* server; ///< owned; null for a plain application
 };
 

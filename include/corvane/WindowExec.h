@@ -39,6 +39,10 @@ public:
     ///
     /// With the environment variable CORVANE_WINDOWEXEC_STANDALONE (any value) mouse, keyboard and infrared input are
     /// enabled at once; without it, whoever manages the box enables them with the focus.
+    ///
+    /// A window whose state is a terminated one when this ends may be destroyed at once: this has waited for an event
+    /// and a remote call that the window was handling, and no further one comes. Any other window outlives the
+    /// WindowExec.
     /// @throws whatever a step throws, after one debug line for a `std::exception`
     void run(Window* window);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Compositor.h"
 #include "EventLoop.h"
 #include "History.h"
 #include "ManagedApplication.h"
@@ -35,6 +36,8 @@ struct Box {
     History history;
     Registry registry;
     WindowStack windows;
+    /// In memory until the box is this process manager's: another one may have the screen.
+    std::unique_ptr<ICompositor> compositor = makeCompositor("memory");
     std::deque<std::string> ends; ///< the last records
     bool isEnding = false;        ///< nothing is started any more
     /// Last, so that it goes first: its jobs use the rest.

@@ -1,5 +1,9 @@
 #include "CommandLine.h"
 
+#ifdef CORVANE_WITH_DIRECTFB
+#include "CompositorCheck.h"
+#endif
+
 #include <CLI/CLI.hpp>
 #include <cstdlib>
 
@@ -49,8 +53,22 @@ void addOptions(CLI::App& app, Settings& settings)
     addNumber(app, "--restart-limit", settings.restartLimit, "Restarts in a row before an application is given up");
     addSeconds(app, "--stable-time", settings.stableTime, "A run of this length begins a new row of restarts");
     addNumber(app, "--windows", settings.windowLimit, "How many windows there are");
+    app.add_option("--compositor", settings.compositor,
+                   "Where the windows are shown (default: " + settings.compositor + ")")
+        ->check(CLI::IsMember(listCompositors()))
+        ->take_last()
+        ->option_text("NAME");
     app.add_flag("--stop-applications", settings.stopsApplications,
                  "On SIGTERM, stop what was launched (default: leave it running)");
+}
+
+/// Options that do something else instead of serving.
+void addActions(CLI::App& app)
+{
+    app.set_version_flag("--version", "corvane-procmand " CORVANE_VERSION);
+#ifdef CORVANE_WITH_DIRECTFB
+    app.add_flag_callback(CHECK_OPTION, checkDirectFB, "Only find out whether DirectFB starts here");
+#endif
 }
 
 } // namespace
@@ -60,7 +78,7 @@ std::optional<Settings> readCommandLine(int argc, char** argv, int& exitCode)
     Settings settings;
     CLI::App app("The process manager of a box: launches applications, watches them, and stacks their windows.",
                  "corvane-procmand");
-    app.set_version_flag("--version", "corvane-procmand " CORVANE_VERSION);
+    addActions(app);
     addOptions(app, settings);
     if (const char* const folder = std::getenv("STATE_DIRECTORY"); folder != nullptr && *folder != '\0')
         settings.stateFolder = folder;

@@ -21,6 +21,9 @@ constexpr char OPACITY[] = "opacity";
 constexpr char Z_ORDER[] = "zorder";
 constexpr char LOCATION[] = "location";
 
+/// How many screenshots are kept; the next one takes the place of the oldest.
+constexpr unsigned int SCREENSHOT_LIMIT = 16;
+
 Corvane::BooleanObject asSerialObject(bool value)
 {
     return Corvane::BooleanObject(value);
@@ -85,6 +88,7 @@ void ManagerServer::fillCompositingMethods()
     methods["sendBackward"] = static_cast<Handler>(&Server::stack<&WindowStack::sendBackward>);
     methods["getWindows"] = static_cast<Handler>(&Server::getWindows);
     methods["setFocus"] = static_cast<Handler>(&Server::setFocus);
+    methods["screenshot"] = static_cast<Handler>(&Server::screenshot);
 }
 
 std::string ManagerServer::getWindows(const Request& request)
@@ -110,6 +114,23 @@ std::string ManagerServer::setFocus(const Request& request)
         throw std::runtime_error("the application " + uid + " has no control server");
     focus.request(uid, obtained);
     return RPCReturnObject(request).serialize();
+}
+
+std::string ManagerServer::screenshot(const Request& request)
+{
+    // Beside the sockets: whoever may call may read there.
+    const std::string socket = getFixedRPCAddress();
+    const std::string file = socket.substr(0, socket.rfind('/')) + "/screenshot-" +
+                             std::to_string(screenshots++ % SCREENSHOT_LIMIT) + ".png";
+    box.compositor->screenshot(file, [this, file](const std::string& problem) {
+        box.loop.post([this, file, problem] {
+            if (problem.empty())
+                box.notices.onScreenshot(file);
+            else
+                box.notices.onScreenshotFailure(file, problem);
+        });
+    });
+    return RPCResultObject(request, Corvane::StringObject(file)).serialize();
 }
 
 } // namespace Procmand

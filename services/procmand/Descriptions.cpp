@@ -78,8 +78,15 @@ constexpr RPCMethodDescription METHODS[] = {
     {"IWindowCompositing", "setFocus",
      "Begins to give the input focus to a window, or to take it away. onFocusMove or onFocusFailure follows.", FOCUS,
      NOTHING},
+    {"IWindowCompositing",
+     "screenshot",
+     "Begins to save what the screen shows; tells the PNG file. onScreenshot or onScreenshotFailure follows.",
+     {},
+     STRING},
 };
 
+constexpr RPCParameterDescription SAVED[] = {{"file", STRING}};
+constexpr RPCParameterDescription SAVE_FAILED[] = {{"file", STRING}, {"reason", STRING}};
 constexpr RPCParameterDescription LAUNCHED[] = {
     {"uid", STRING}, {"pid", INTEGER}, {"program", STRING}, {"restarts", UNSIGNED}};
 constexpr RPCParameterDescription LAUNCH_FAILED[] = {{"uid", STRING}, {"program", STRING}, {"reason", STRING}};
@@ -123,6 +130,8 @@ constexpr RPCNotificationDescription NOTIFICATIONS[] = {
     {"IWindowCompositing::onOpacityChange", "A window's opacity has changed.", OPACITY_CHANGED},
     {"IWindowCompositing::onZOrderChange", "A window's place in the stack has changed.", Z_ORDER_CHANGED},
     {"IWindowCompositing::onLocationChange", "A window's place or size has changed.", LOCATION_CHANGED},
+    {"IWindowCompositing::onScreenshot", "A screenshot is complete.", SAVED},
+    {"IWindowCompositing::onScreenshotFailure", "A screenshot could not be taken.", SAVE_FAILED},
 };
 
 } // namespace

@@ -89,16 +89,27 @@ void EventLoop::stop()
     wakeUp();
 }
 
+std::map<EventLoop::Timer, EventLoop::TimedTask>::iterator EventLoop::findNextTimer()
+{
+    return std::min_element(timers.begin(), timers.end(),
+                            [](const auto& one, const auto& other) { return one.second.due < other.second.due; });
+}
+
+void EventLoop::discard()
+{
+    std::deque<Task> tasks; // destroyed outside of the lock: what they own may post something once more
+    std::lock_guard guard(mutex);
+    tasks.swap(posted);
+}
+
 int EventLoop::findPatience()
 {
     std::lock_guard guard(mutex);
     if (!posted.empty())
         return 0;
-    if (timers.empty())
+    const auto next = findNextTimer();
+    if (next == timers.end())
         return -1;
-    const auto next = std::min_element(timers.begin(), timers.end(), [](const auto& one, const auto& other) {
-        return one.second.due < other.second.due;
-    });
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(next->second.due - Clock::now()).count();
     return static_cast<int>(std::clamp<decltype(left)>(left, 0, INT_MAX));
 }
@@ -123,13 +134,11 @@ void EventLoop::runDueTimers()
 std::optional<EventLoop::Task> EventLoop::takeDueTimer()
 {
     std::lock_guard guard(mutex);
-    const auto now = Clock::now();
-    const auto due =
-        std::find_if(timers.begin(), timers.end(), [now](const auto& entry) { return entry.second.due <= now; });
-    if (due == timers.end())
+    const auto next = findNextTimer();
+    if (next == timers.end() || next->second.due > Clock::now())
         return std::nullopt;
-    Task task = std::move(due->second.task);
-    timers.erase(due);
+    Task task = std::move(next->second.task);
+    timers.erase(next);
     return task;
 }
 

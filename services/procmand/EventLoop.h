@@ -39,6 +39,8 @@ public:
     /// Runs tasks until `stop()`; what was posted before that runs as well.
     void run();
     void stop();
+    /// Drops what was posted since, with what it owns.
+    void discard();
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -48,6 +50,8 @@ private:
     };
 
     int findPatience();
+    /// The one that is due next, of those that are due at once the oldest.
+    std::map<Timer, TimedTask>::iterator findNextTimer();
     void runPosted();
     void runDueTimers();
     std::optional<Task> takeDueTimer();

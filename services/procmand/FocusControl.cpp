@@ -103,6 +103,7 @@ void FocusControl::finish(const Move& move, const Outcome& outcome)
 void FocusControl::setFocused(const std::string& uid)
 {
     const std::string old = std::exchange(focused, uid);
+    box.compositor->setFocused(uid);
     box.notices.onFocusMove(old, uid);
 }
 

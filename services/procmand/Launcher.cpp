@@ -95,6 +95,8 @@ public:
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
         posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
+        // Not every library that the process manager uses keeps its descriptors to itself.
+        posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
         posix_spawn_file_actions_addchdir_np(&actions, request.workingDirectory.c_str());
     }
     ~Actions() { posix_spawn_file_actions_destroy(&actions); }

@@ -6,6 +6,7 @@
 #include <corvane/common/RPCServer.h>
 #include <corvane/foundation/DebugPrint.h>
 #include <corvane/foundation/Deserializer.h>
+#include <corvane/foundation/Exception.h>
 #include <sys/inotify.h>
 #include <system_error>
 
@@ -94,7 +95,7 @@ void Links::connect(ManagedApplication& application)
 void Links::subscribe(const std::string& uid, unsigned long generation)
 {
     auto connection = std::make_shared<RPCClient>(serverNameOf(uid));
-    bool isSilent = false;
+    Failure failure = Failure::NONE;
     try {
         connection->subscribe(
             {"*"},
@@ -109,16 +110,31 @@ void Links::subscribe(const std::string& uid, unsigned long generation)
             },
             box.settings.callDeadline);
     } catch (const RPCError& error) {
-        isSilent = error.getReason() == RPCError::Reason::TIMED_OUT;
-        connection.reset();
+        failure = findFailure(error);
+    } catch (const Corvane::Exception&) {
+        failure = Failure::OTHER; // the system has no thread for it now
     }
-    box.loop.post([this, uid, generation, connection = std::move(connection), isSilent]() mutable {
-        finishConnecting(uid, generation, std::move(connection), isSilent);
+    if (failure != Failure::NONE)
+        connection.reset();
+    box.loop.post([this, uid, generation, connection = std::move(connection), failure]() mutable {
+        finishConnecting(uid, generation, std::move(connection), failure);
     });
 }
 
+Links::Failure Links::findFailure(const RPCError& error)
+{
+    switch (error.getReason()) {
+    case RPCError::Reason::NO_SERVER:
+        return Failure::NO_SERVER;
+    case RPCError::Reason::TIMED_OUT:
+        return Failure::SILENCE;
+    default:
+        return Failure::OTHER;
+    }
+}
+
 void Links::finishConnecting(const std::string& uid, unsigned long generation, std::shared_ptr<RPCClient> connection,
-                             bool isSilent)
+                             Failure failure)
 {
     ManagedApplication* const application = box.registry.find(uid, generation);
     if (application == nullptr || application->end) {
@@ -130,9 +146,10 @@ void Links::finishConnecting(const std::string& uid, unsigned long generation, s
     application->connection = std::move(connection);
     if (application->connection)
         return;
-    if (isSilent)
+    if (failure == Failure::SILENCE)
         listener.onSilence(*application);
-    if (application->serverAppeared || isSilent)
+    // Where there is no server yet, its file will tell of it.
+    if (application->serverAppeared || failure != Failure::NO_SERVER)
         box.loop.schedule(application->serverAppeared ? std::chrono::milliseconds::zero() : RETRY_DELAY,
                           [this, uid, generation] {
                               if (ManagedApplication* const again = box.registry.find(uid, generation))

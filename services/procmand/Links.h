@@ -2,6 +2,8 @@
 
 #include "Box.h"
 
+#include <corvane/common/RPCError.h>
+
 namespace Procmand
 {
 
@@ -37,11 +39,15 @@ public:
     void disconnect(ManagedApplication& application);
 
 private:
+    /// Why there is no link.
+    enum class Failure { NONE, NO_SERVER, SILENCE, OTHER };
+
     void readFolderEvents();
     void onServerFile(const std::string& fileName);
     void subscribe(const std::string& uid, unsigned long generation);
+    static Failure findFailure(const Corvane::RPCError& error);
     void finishConnecting(const std::string& uid, unsigned long generation,
-                          std::shared_ptr<Corvane::RPCClient> connection, bool isSilent);
+                          std::shared_ptr<Corvane::RPCClient> connection, Failure failure);
     void onConnectionChange(const std::string& uid, unsigned long generation, bool connected);
     void askForState(const std::string& uid, unsigned long generation, unsigned long reports);
 

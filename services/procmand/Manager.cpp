@@ -68,6 +68,7 @@ void Manager::run()
         // Calls that come early wait until the box is as it was.
         std::lock_guard guard(box.lock);
         server.init();
+        box.compositor = makeCompositor(box.settings.compositor);
         raiseNiceLimit();
         supervisor.start(folderOf(server.getFixedRPCAddress()));
         takeUpTheBox();
@@ -81,7 +82,8 @@ void Manager::run()
 
 void Manager::end()
 {
-    // In this order: nobody calls any more, no application is listened to any more, no job is at work any more.
+    // In this order: nobody calls any more, no application is listened to any more, no job is at work any more, and no
+    // link is left that was still being made.
     server.shutdown();
     {
         std::lock_guard guard(box.lock);
@@ -89,6 +91,7 @@ void Manager::end()
         supervisor.disconnectAll();
     }
     box.workers.finish();
+    box.loop.discard();
 }
 
 void Manager::takeUpTheBox()

@@ -47,11 +47,13 @@ private:
     std::string stack(const Request& request);
     std::string getWindows(const Request& request);
     std::string setFocus(const Request& request);
+    std::string screenshot(const Request& request);
 
     Box& box;
     Supervisor& supervisor;
     FocusControl& focus;
     WindowService& windows;
+    unsigned int screenshots = 0; ///< how many were asked for
 };
 
 /// What the server tells about its methods and notifications.

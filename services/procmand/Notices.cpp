@@ -168,11 +168,16 @@ void Notices::onWindowChange(const WindowState& before, const WindowState& now) 
                        now.location);
 }
 
-void Notices::onScreenshot(const std::string& file, const std::string& problem) const
+void Notices::onScreenshot(const std::string& file) const
 {
-    announce("IWindowCompositing::onScreenshot", [&](Serializer& serializer) {
+    announce("IWindowCompositing::onScreenshot", [&](Serializer& serializer) { serializer.writeString("file", file); });
+}
+
+void Notices::onScreenshotFailure(const std::string& file, const std::string& reason) const
+{
+    announce("IWindowCompositing::onScreenshotFailure", [&](Serializer& serializer) {
         serializer.writeString("file", file);
-        serializer.writeString("problem", problem);
+        serializer.writeString("reason", reason);
     });
 }
 

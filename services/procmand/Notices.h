@@ -41,7 +41,8 @@ public:
     void onWindowRelease(const WindowState& window) const;
     /// The differences between two states of one window, each in its own notification.
     void onWindowChange(const WindowState& before, const WindowState& now) const;
-    void onScreenshot(const std::string& file, const std::string& problem) const;
+    void onScreenshot(const std::string& file) const;
+    void onScreenshotFailure(const std::string& file, const std::string& reason) const;
 
 private:
     template <class Write>

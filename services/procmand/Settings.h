@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Compositor.h"
+
 #include <chrono>
 #include <string>
 
@@ -28,6 +30,8 @@ struct Settings {
     Duration stableTime{60000};
     /// How many windows there are.
     unsigned int windowLimit = 256;
+    /// Where the windows are shown: one of `listCompositors()`.
+    std::string compositor = listCompositors().front();
     /// Whether the applications are stopped with the process manager, or left running.
     bool stopsApplications = false;
 };

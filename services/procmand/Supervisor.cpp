@@ -21,6 +21,8 @@ using Phase = ManagedApplication::Phase;
 
 /// How long the last words of a process that has ended are waited for.
 constexpr std::chrono::seconds LAST_WORDS_DEADLINE{1};
+/// A deadline that is noticed so late passed while this process itself was held up.
+constexpr std::chrono::seconds HELD_UP{1};
 
 bool isFailure(const ManagedApplication& application)
 {
@@ -252,9 +254,16 @@ void Supervisor::onState(ManagedApplication& application, const std::string& sta
 void Supervisor::awaitKeepAlive(ManagedApplication& application)
 {
     box.loop.cancel(application.keepAliveTimer);
-    application.keepAliveTimer =
-        box.loop.schedule(box.settings.keepAliveDeadline, [this, uid = application.uid, gen = application.generation] {
-            if (ManagedApplication* const silent = box.registry.find(uid, gen); silent != nullptr && silent->isAlive())
+    const auto late = ManagedApplication::Clock::now() + box.settings.keepAliveDeadline + HELD_UP;
+    application.keepAliveTimer = box.loop.schedule(
+        box.settings.keepAliveDeadline, [this, uid = application.uid, generation = application.generation, late] {
+            ManagedApplication* const silent = box.registry.find(uid, generation);
+            if (silent == nullptr || !silent->isAlive())
+                return;
+            // What the applications said while this process was held up is still on its way.
+            if (ManagedApplication::Clock::now() > late)
+                awaitKeepAlive(*silent);
+            else
                 onRunaway(*silent);
         });
 }

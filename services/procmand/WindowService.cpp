@@ -26,6 +26,7 @@ WindowService::Token WindowService::grant(const std::string& uid, const Settings
         return {Token::STATE_EXHAUSTED, 0};
     }
     const WindowState& window = box.windows.add(uid, settings);
+    box.compositor->setWindows(box.windows.getWindows());
     box.notices.onWindowGrant(window);
     keepNow();
     return {Token::STATE_GRANTED, window.index};
@@ -42,6 +43,7 @@ void WindowService::release(unsigned int index)
 {
     const WindowState window = require(index);
     box.windows.remove(index);
+    box.compositor->setWindows(box.windows.getWindows());
     box.notices.onWindowRelease(window);
     keepNow();
 }
@@ -57,6 +59,7 @@ void WindowService::restore(const std::vector<WindowState>& windows)
     for (const WindowState& window : windows)
         if (ManagedApplication* const owner = box.registry.find(window.uid); owner != nullptr && owner->isAlive())
             box.windows.restore(window);
+    box.compositor->setWindows(box.windows.getWindows());
 }
 
 const WindowState& WindowService::require(unsigned int index) const
@@ -75,6 +78,7 @@ void WindowService::announceChanges(const std::vector<WindowState>& before) cons
 
 void WindowService::keep()
 {
+    box.compositor->setWindows(box.windows.getWindows());
     if (keepTimer == 0)
         keepTimer = box.loop.schedule(KEEP_INTERVAL, [this] { flush(); });
 }

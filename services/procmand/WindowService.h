@@ -44,7 +44,7 @@ public:
 
 private:
     void announceChanges(const std::vector<WindowState>& before) const;
-    /// Writes the windows' states soon; which windows there are is written at once.
+    /// Shows the windows, and writes their states soon; which windows there are is written at once.
     void keep();
     void keepNow();
 

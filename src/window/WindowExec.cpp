@@ -19,6 +19,31 @@ constexpr const char* TAG = "WindowExec";
 /// because the log analysis of the boxes finds this report by tag and line.
 constexpr int FAILURE_LINE = 96;
 
+/// Ends the input of a window whose main loop has ended, in whatever way, if its state is a terminated one: the window
+/// may be destroyed then, and its control server has let go of it, too.
+class InputEnd
+{
+public:
+    InputEnd(MultiInputDriver& driver, IWindowEvent::IInputEventListener& listener, Window& window)
+        : driver(driver), listener(listener), window(window)
+    {
+    }
+    ~InputEnd()
+    {
+        // Deliberate: the driver's own operation, past the virtual table. The one removal that a driver sees which
+        // overrides it is that of the listener's destructor.
+        if (ILifecycleManagement::isApplicationTerminated(window.getState()))
+            driver.MultiInputDriver::removeInputEventListener(&listener);
+    }
+    InputEnd(const InputEnd&) = delete;
+    InputEnd& operator=(const InputEnd&) = delete;
+
+private:
+    MultiInputDriver& driver;
+    IWindowEvent::IInputEventListener& listener;
+    Window& window;
+};
+
 } // namespace
 
 WindowExec::WindowExec(int argc, char** argv)
@@ -50,8 +75,10 @@ void WindowExec::run(Window* window)
         server = new APPRPCServer(window);
         server->init();
         window->init();
-        inputDriver = Singleton<InputDriver>::getInstance<MultiInputDriver>();
+        MultiInputDriver* const driver = Singleton<InputDriver>::getInstance<MultiInputDriver>();
+        inputDriver = driver;
         const ISurfaceManagement::CreationSettings settings = window->getLaunchParameters().getCompositingParameters();
+        const InputEnd end(*driver, *this, *window);
         connectInput(settings.getSessionIndex());
         window->run();
         // The caller may destroy its window as soon as this returns; a handler may still be at work on it, the one

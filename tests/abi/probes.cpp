@@ -6,6 +6,7 @@
 #include <corvane/APPRPCServer.h>
 #include <corvane/DFBCursor.h>
 #include <corvane/DFBInputSink.h>
+#include <corvane/TekloWindow.h>
 #include <corvane/Window.h>
 #include <corvane/WindowExec.h>
 #include <corvane/foundation/Event.h>
@@ -13,6 +14,7 @@
 #include <corvane/foundation/MapObject.h>
 #include <corvane/interfaces/ICursor.h>
 #include <corvane/interfaces/ISurfaceManagement.h>
+#include <corvane/procman/Client.h>
 
 using namespace Corvane;
 
@@ -128,6 +130,24 @@ struct WindowProbe : Window {
     std::string getTitle() const override { return {}; }
 };
 void WindowProbe::endOfTable() {}
+
+struct TekloWindowProbe : TekloWindow {
+    virtual void endOfTable();
+    std::string getTitle() const override { return {}; }
+};
+void TekloWindowProbe::endOfTable() {}
+
+struct IResourceAcquisitionProbe : IResourceAcquisition {
+    virtual void endOfTable();
+    ResourceToken getResource(const std::string&, const ISurfaceManagement::CreationSettings&) override { return {}; }
+    void releaseResource(const ResourceToken&) override {}
+};
+void IResourceAcquisitionProbe::endOfTable() {}
+
+struct ClientProbe : Client {
+    virtual void endOfTable();
+};
+void ClientProbe::endOfTable() {}
 
 struct APPServerProbe : APPServer {
     virtual void endOfTable();

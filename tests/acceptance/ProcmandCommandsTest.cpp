@@ -60,10 +60,12 @@ TEST_F(ProcmandCommands, SayWhyAProgramCannotBeStarted)
 TEST_F(ProcmandCommands, PassArgumentsOn)
 {
     startProcmand();
-    const std::string uid =
-        trimmed(corvanectl({"launch", "--env", "FRUIT=pear", "/bin/sh", "--", "-c", "exit ${#FRUIT}"}).output);
+    const Outcome outcome = corvanectl({"launch", "--env", "FRUIT=pear", "--env", "TREE=[oak]", "/bin/sh", "--", "-c",
+                                        "exit $((${#FRUIT} * 10 + ${#TREE}))"});
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
 
-    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}), HasSubstr("\"exitCode\":4"));
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", trimmed(outcome.output)}),
+                HasSubstr("\"exitCode\":45"));
 }
 
 TEST_F(ProcmandCommands, RestartAndShowIt)
@@ -75,6 +77,32 @@ TEST_F(ProcmandCommands, RestartAndShowIt)
     EXPECT_EQ(find(uid)["restarts"], "1");
     EXPECT_EQ(corvanectl({"restart", "nobody"}).error, "corvanectl: there is no application nobody\n");
     EXPECT_EQ(corvanectl({"stop", "nobody"}).status, 1);
+}
+
+TEST_F(ProcmandCommands, MoveTheFocusAndSayWhyItCannotBeMoved)
+{
+    startProcmand({"--call-deadline", "0.3"});
+    const std::string a = launchVictim();
+    const std::string b = launchVictim();
+    EXPECT_EQ(corvanectl({"focus", a, "on"}).status, 0);
+    EXPECT_EQ(find(a)["focus"], "true");
+    EXPECT_EQ(corvanectl({"focus", b}).status, 0);
+    EXPECT_EQ(find(b)["focus"], "true");
+    EXPECT_EQ(find(a)["focus"], "false");
+
+    freeze(a);
+    const Outcome outcome = corvanectl({"focus", a});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.error, "corvanectl: Timed out\n");
+}
+
+TEST_F(ProcmandCommands, AnswerAtOnceWhenNobodyWantsToWait)
+{
+    startProcmand();
+    const Outcome outcome = corvanectl({"launch", "--wait", "0", "--directory", "/usr", "--json", "/nowhere/player"});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_THAT(outcome.output, MatchesRegex("\\{\"uid\":\"[0-9a-f]+\"\\}\n"));
+    EXPECT_NE(announcements.take({"onLaunchFailure", trimmed(outcome.output).substr(8, 32)}), "");
 }
 
 TEST_F(ProcmandCommands, ShowTheHistory)

@@ -92,13 +92,17 @@ WithProcmand::~WithProcmand()
 
 void WithProcmand::startProcmand(const Words& options)
 {
-    Words command{PROCMAND, "--state-folder", state.getPath(), "--call-deadline", "1", "--terminate-deadline", "5"};
+    Words command{PROCMAND, "--state-folder", state.getPath(), "--call-deadline", "1", "--terminate-deadline",
+                  "5",      "--compositor",   "memory"};
     command.insert(command.end(), options.begin(), options.end());
-    procmand = std::make_unique<ChildProcess>(command);
-    ASSERT_TRUE(await([] {
+    procmand = std::make_unique<ChildProcess>(command, leavingSignalsToTheProgram());
+    const auto serves = [] {
         const auto servers = RPCClient::listServers();
         return std::count(servers.begin(), servers.end(), "ORU") == 1;
-    })) << procmand->getError();
+    };
+    // Thrown, not asserted: an assertion would let the test go on with nobody to talk to.
+    if (!await(serves))
+        throw std::runtime_error("corvane-procmand does not serve: " + procmand->getError());
     client = std::make_unique<RPCClient>("ORU");
     client->subscribe({"*"}, [this](const std::string& name, const std::string& payload) {
         announcements.add(name + " " + payload);
@@ -165,6 +169,11 @@ std::string WithProcmand::launchVictim(const std::string& parameters, const std:
                                        (more.empty() ? "" : ",") + more);
     EXPECT_TRUE(awaitMember(uid, "state", "RUNNING"));
     return uid;
+}
+
+std::string WithProcmand::launchQuietVictim(const std::string& more)
+{
+    return launch(PROCMAND_VICTIM, {}, R"("applicationType":"test","applicationParameters":"quiet")" + more);
 }
 
 std::map<std::string, std::string> WithProcmand::find(const std::string& uid)

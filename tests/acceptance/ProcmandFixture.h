@@ -59,6 +59,9 @@ protected:
     /// @param parameters  see ProcmandVictim.cpp
     std::string launchVictim(const std::string& parameters = "", const std::string& more = "");
 
+    /// Launches one that never proves that it is alive, so that it runs away. @param more  as above, behind a comma
+    std::string launchQuietVictim(const std::string& more = "");
+
     /// The members of an application in the list of the process manager, as words; empty when it is not in it.
     std::map<std::string, std::string> find(const std::string& uid);
     bool awaitMember(const std::string& uid, const std::string& member, const std::string& value);

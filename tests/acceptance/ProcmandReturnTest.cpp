@@ -1,6 +1,7 @@
 #include "ProcmandFixture.h"
 
 #include <csignal>
+#include <fstream>
 #include <gmock/gmock.h>
 
 using namespace Corvane::Test;
@@ -10,7 +11,15 @@ using testing::HasSubstr;
 namespace
 {
 
-using ProcmandReturn = WithProcmand;
+class ProcmandReturn : public WithProcmand
+{
+protected:
+    /// @param command  of sed, for every line
+    void rewriteHistory(const std::string& command)
+    {
+        ASSERT_EQ(ChildProcess({"sed", "-i", command, state.getPath() + "/history.jsonl"}).wait().status, 0);
+    }
+};
 
 bool lives(pid_t pid)
 {
@@ -61,6 +70,27 @@ TEST_F(ProcmandReturn, FindsTheApplicationsAndTheirWindowsAgainAfterItWasKilled)
     EXPECT_NE(announcements.take({"IWindowCompositing::onWindowRelease", uid}), "");
 }
 
+TEST_F(ProcmandReturn, LetsTheApplicationsWriteWhileItIsGoneAndKeepsWhatTheyWrote)
+{
+    startProcmand();
+    const std::string file = state.getPath() + "/go";
+    const std::string uid = launchShell(
+        "until [ -e " + file + " ]; do sleep 0.01; done; echo still here >&2 && echo output && exec sleep 1000");
+    const pid_t pid = pidOf(uid);
+    killProcmand();
+    std::ofstream(file).close();
+    // It goes on only when both of its writes worked.
+    ASSERT_TRUE(await([&] {
+        return ChildProcess({"grep", "-q", "^sleep", "/proc/" + std::to_string(pid) + "/cmdline"}).wait().status == 0;
+    }));
+
+    startProcmand();
+    ASSERT_TRUE(awaitMember(uid, "phase", "running"));
+    kill(pid, SIGKILL);
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
+                HasSubstr(R"("standardError":"still here\n")"));
+}
+
 TEST_F(ProcmandReturn, FailsCallsOfWindowsClearlyWhileItIsGone)
 {
     startProcmand();
@@ -106,6 +136,34 @@ TEST_F(ProcmandReturn, KeepsTheHistoryAndTheRestartsThatAreDue)
     }));
     const std::string history = corvanectl({"history", uid}).output;
     EXPECT_THAT(history, AllOf(HasSubstr("exit 3"), HasSubstr("    | last words\n")));
+}
+
+TEST_F(ProcmandReturn, DoesNotTakeAnotherProcessForTheOneThatItKnew)
+{
+    startProcmand();
+    const std::string uid = launchShell("exec sleep 1000");
+    const pid_t pid = pidOf(uid);
+    killProcmand();
+    // As if the system had given the number to another process since.
+    rewriteHistory("s/\"startTime\":\"[0-9]*\"/\"startTime\":\"1\"/");
+
+    startProcmand();
+    EXPECT_TRUE(find(uid).empty());
+    EXPECT_THAT(corvanectl({"history", uid}).output, HasSubstr("unknown"));
+    EXPECT_TRUE(lives(pid));
+}
+
+TEST_F(ProcmandReturn, KeepsTheHistoryButNoApplicationsWhenTheMachineWasStartedAnew)
+{
+    startProcmand();
+    ASSERT_NE(announcements.take({"onEnd", launchShell("exit 3")}), "");
+    const std::string uid = launchShell("exec sleep 1000", R"("restart":"always")");
+    killProcmand();
+    rewriteHistory("s/\"boot\":\"[^\"]*\"/\"boot\":\"another\"/");
+
+    startProcmand();
+    EXPECT_TRUE(find(uid).empty());
+    EXPECT_THAT(corvanectl({"history"}).output, AllOf(HasSubstr("exit 3"), testing::Not(HasSubstr(uid))));
 }
 
 TEST_F(ProcmandReturn, LeavesTheApplicationsRunningAtItsEnd)

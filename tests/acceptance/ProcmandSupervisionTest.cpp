@@ -12,7 +12,17 @@ using testing::HasSubstr;
 namespace
 {
 
-using ProcmandSupervision = WithProcmand;
+class ProcmandSupervision : public WithProcmand
+{
+protected:
+    std::vector<std::string> launchVictims(int count)
+    {
+        std::vector<std::string> uids;
+        for (int i = 0; i < count; ++i)
+            uids.push_back(launchVictim());
+        return uids;
+    }
+};
 
 std::string uidParameter(const std::string& uid)
 {
@@ -25,24 +35,41 @@ TEST_F(ProcmandSupervision, KeepsHowAnApplicationCrashedInEachLifecycleState)
 {
     startProcmand({"--keep-alive-deadline", "60"});
     // From LOADING on, each is reached from the one before it.
-    for (const char* state :
-         {"UNINITIALIZED", "LOADING", "RUNNING", "SUSPENDING", "SUSPENDED", "RESUMING", "TERMINATING"}) {
-        const std::string uid = launchVictim();
+    for (const std::string state : {"UNINITIALIZED", "LOADING", "RUNNING", "SUSPENDING", "SUSPENDED", "RESUMING",
+                                    "TERMINATING", "TERMINATED", "RUNAWAY"}) {
+        const std::string uid = launchVictim("lingering");
         corvanectl({"state", uid, "UNINITIALIZED"});
+        ASSERT_TRUE(awaitMember(uid, "state", "UNINITIALIZED"));
         for (const char* step : {"LOADING", "RUNNING", "SUSPENDING", "SUSPENDED", "RESUMING", "TERMINATING"})
             if (find(uid)["state"] != state) {
                 corvanectl({"state", uid, step});
                 ASSERT_TRUE(awaitMember(uid, "state", step));
             }
+        if (state == "TERMINATED" || state == "RUNAWAY") {
+            corvanectl({"state", uid, state});
+            ASSERT_TRUE(awaitMember(uid, "state", state));
+        }
         kill(pidOf(uid), SIGSEGV);
 
         const std::string end = announcements.take({"IApplicationManager::onEnd", uid});
         EXPECT_THAT(end, AllOf(HasSubstr(R"("exitCode":null,"signal":11)"),
-                               HasSubstr(std::string(R"("state":"ABORTED","previousState":")") + state + "\""),
+                               HasSubstr(R"("state":"ABORTED","previousState":")" + state + "\""),
                                HasSubstr(R"("ranAway":false,"wasStopped":false)"),
                                HasSubstr("Received Signal [Segmentation fault]")))
             << state;
     }
+}
+
+TEST_F(ProcmandSupervision, KeepsHowOneCrashedThatHadAbortedAlready)
+{
+    startProcmand();
+    const std::string uid = launchVictim("lingering");
+    corvanectl({"state", uid, "ABORTED"});
+    ASSERT_TRUE(awaitMember(uid, "state", "ABORTED"));
+    kill(pidOf(uid), SIGBUS);
+
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
+                AllOf(HasSubstr(R"("signal":7)"), HasSubstr(R"("state":"ABORTED","previousState":"RUNNING")")));
 }
 
 TEST_F(ProcmandSupervision, KeepsTheLastStateOfOneThatCouldNotSayAnything)
@@ -79,14 +106,27 @@ TEST_F(ProcmandSupervision, KeepsTheLastFourKibibytesOfStandardError)
     EXPECT_EQ(end["standardError"], all.substr(all.size() - 4096));
 }
 
+TEST_F(ProcmandSupervision, KeepsStandardErrorThatIsNoText)
+{
+    startProcmand();
+    const std::string uid = launchShell(R"(printf 'a\377\000\033[1m\303' >&2)");
+
+    auto end = readMembers(announcements.take({"IApplicationManager::onEnd", uid}).substr(27));
+    EXPECT_EQ(end["standardError"], std::string("a\uFFFD\0\x1b[1m\uFFFD", 12));
+    EXPECT_THAT(corvanectl({"history", uid}).output, testing::Not(HasSubstr("\x1b")));
+}
+
 TEST_F(ProcmandSupervision, MakesOneThatHangsARunawayAndKillsIt)
 {
-    startProcmand({"--keep-alive-deadline", "1", "--call-deadline", "0.3", "--term-deadline", "0.3"});
+    startProcmand({"--call-deadline", "0.3", "--term-deadline", "0.3"});
     const std::string healthy = launchVictim();
     const std::string uid = launchVictim();
     freeze(uid);
+    const auto start = std::chrono::steady_clock::now();
 
     ASSERT_NE(announcements.take({"IApplicationManager::onRunaway", uid}), "");
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(14))
+        << "it has 15 s to prove that it lives";
     EXPECT_EQ(find(uid)["state"], "RUNAWAY");
     const std::string end = announcements.take({"IApplicationManager::onEnd", uid});
     EXPECT_THAT(end, AllOf(HasSubstr(R"("signal":9)"), HasSubstr(R"("state":"RUNAWAY","previousState":"RUNNING")"),
@@ -97,15 +137,31 @@ TEST_F(ProcmandSupervision, MakesOneThatHangsARunawayAndKillsIt)
 
 TEST_F(ProcmandSupervision, AsksARunawayToTakeThatState)
 {
-    // hello-window proves that it is alive every five seconds, and answers all the time.
     startProcmand({"--keep-alive-deadline", "0.5", "--call-deadline", "30"});
-    const std::string uid = launch(HELLO_WINDOW, {}, R"("applicationType":"demo")");
+    const std::string uid = launchQuietVictim();
 
     ASSERT_NE(announcements.take({"IApplicationManager::onRunaway", uid}), "");
     EXPECT_NE(announcements.take({"IApplication::onStateChange", uid, R"("newState":"RUNAWAY")"}), "");
     // Its main loop ends in that state, so no signal is needed.
     EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
                 AllOf(HasSubstr(R"("exitCode":0)"), HasSubstr(R"("ranAway":true)")));
+}
+
+TEST_F(ProcmandSupervision, DoesNotTakeItsOwnPauseForTheSilenceOfTheApplications)
+{
+    startProcmand({"--keep-alive-deadline", "1"});
+    const std::vector<std::string> uids = launchVictims(8);
+    procmand->sendSignal(SIGSTOP);
+    // This much time must pass; what the applications say in it waits to be read.
+    ChildProcess({"sleep", "2.5"}).wait();
+    procmand->sendSignal(SIGCONT);
+
+    // Keep-alives of two more deadlines.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (std::chrono::steady_clock::now() < end)
+        for (const std::string& uid : uids)
+            ASSERT_NE(announcements.take({"IApplication::onKeepAlive", uid}), "");
+    EXPECT_EQ(announcements.count({"onRunaway"}), 0U);
 }
 
 TEST_F(ProcmandSupervision, NoticesAControlServerThatNeverAnswers)
@@ -196,6 +252,21 @@ TEST_F(ProcmandSupervision, RestartsAFailureWithGrowingDelaysUpToALimit)
     EXPECT_TRUE(find(uid).empty());
 }
 
+TEST_F(ProcmandSupervision, BeginsANewRowOfRestartsAfterALongRun)
+{
+    startProcmand({"--restart-delay", "0.02", "--restart-limit", "1", "--stable-time", "0.001"});
+    const std::string file = state.getPath() + "/go";
+    const std::string uid =
+        launchShell("until rm " + file + "; do sleep 0.01; done; sleep 0.01; exit 1", R"("restart":"on-failure")");
+    for (int i = 0; i < 3; ++i) {
+        std::ofstream(file).close();
+        ASSERT_THAT(announcements.take({"IApplicationManager::onRestartDelay", uid}),
+                    HasSubstr(R"("delayMs":20,"restartsInRow":1)"));
+        ASSERT_NE(announcements.take({"IApplicationManager::onLaunch ", uid}), "");
+    }
+    EXPECT_EQ(announcements.count({"onRestartLimit"}), 0U);
+}
+
 TEST_F(ProcmandSupervision, RestartsUnderTheSameUidAfterACrashAndWatchesAgain)
 {
     startProcmand({"--restart-delay", "0.02"});
@@ -214,10 +285,8 @@ TEST_F(ProcmandSupervision, RestartsUnderTheSameUidAfterACrashAndWatchesAgain)
 
 TEST_F(ProcmandSupervision, RestartsARunaway)
 {
-    startProcmand(
-        {"--restart-delay", "0.02", "--keep-alive-deadline", "1", "--call-deadline", "0.2", "--term-deadline", "0.2"});
-    const std::string uid = launchVictim("", R"("restart":"on-failure")");
-    freeze(uid);
+    startProcmand({"--restart-delay", "0.02", "--keep-alive-deadline", "0.2"});
+    const std::string uid = launchQuietVictim(R"(,"restart":"on-failure")");
 
     EXPECT_THAT(announcements.take({"IApplicationManager::onLaunch ", uid}), HasSubstr(R"("restarts":1)"));
 }

@@ -2,6 +2,8 @@
 //     hold-init=FILE   says "holding" and does not initialise the window before FILE is there
 //     exit=N           ends with exit code N as soon as it runs
 //     deaf             does not terminate when it is asked to
+//     quiet            never proves that it is alive
+//     lingering        runs on in the states that end others
 // It proves that it is alive much more often than applications do, so that tests need not wait for its silence.
 #include <corvane/TekloWindow.h>
 #include <corvane/WindowExec.h>
@@ -31,15 +33,18 @@ public:
         }
         TekloWindow::init();
         std::cerr << "surface " << getClientId() << std::endl;
-        setState(STATE_RUNNING);
+        // A quiet one may count as run away before it runs, and is to stay that.
+        if (getState() != STATE_RUNAWAY)
+            setState(STATE_RUNNING);
     }
 
     void run() override
     {
         if (const std::string code = find("exit="); !code.empty())
             _exit(std::atoi(code.c_str()));
-        while (getState() != STATE_TERMINATED && getState() != STATE_RUNAWAY) {
-            onKeepAlive(getUid(), getState());
+        while (has("lingering") || (getState() != STATE_TERMINATED && getState() != STATE_RUNAWAY)) {
+            if (!has("quiet"))
+                onKeepAlive(getUid(), getState());
             Corvane::OS_TaskDelayMsec(20);
         }
     }

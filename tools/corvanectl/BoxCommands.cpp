@@ -24,7 +24,7 @@ struct Patience {
 
 std::shared_ptr<Patience> addPatience(CLI::App& command)
 {
-    const auto patience = std::make_shared<Patience>();
+    auto patience = std::make_shared<Patience>();
     command.add_option("--wait", patience->seconds, "How long to wait until it is done (default: 30; 0: not at all)")
         ->check(CLI::Range(0.0, 86400.0))
         ->option_text("SECONDS");
@@ -112,7 +112,7 @@ void addLaunchOptions(CLI::App& command, Launch& launch)
         ->option_text("WHEN");
     command.add_option("--env", launch.environment, "A variable of its environment; may be given again")
         ->take_all()
-        ->expected(1)
+        ->allow_extra_args(false) // what follows is the program
         ->option_text("NAME=VALUE");
     command.add_option("--directory", launch.workingDirectory, "Working directory (default: /)")->option_text("FOLDER");
     command.add_option("--location", launch.location, "Place and size of its window")->option_text("X,Y,W,H");

@@ -4,16 +4,19 @@
 #include "Values.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <ctime>
+#include <fstream>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <optional>
+#include <system_error>
 #include <unistd.h>
 
-/// The commands that show what the process manager knows: ps, history, windows.
+/// The commands that show what the process manager knows: ps, history, windows, screenshot.
 namespace Corvanectl
 {
 namespace
@@ -235,6 +238,25 @@ void listWindows(const Options& options)
         printTable(rows);
 }
 
+/// How long a picture may take: DirectFB may still be starting.
+constexpr std::chrono::seconds SCREENSHOT_PATIENCE{30};
+
+void saveScreenshot(const std::string& file, const Options& options)
+{
+    Manager manager(options);
+    manager.listen();
+    const std::string saved = showPlain(manager.call("IWindowCompositing::screenshot"));
+    manager.await("file", saved, "onScreenshot", "onScreenshotFailure", SCREENSHOT_PATIENCE, "file");
+    std::ifstream picture(saved, std::ios::binary);
+    if (!picture)
+        throw std::system_error(errno, std::generic_category(), "cannot read " + saved);
+    std::ofstream copy(file, std::ios::binary);
+    if (!copy || !(copy << picture.rdbuf()).flush())
+        throw std::system_error(errno, std::generic_category(), "cannot write " + file);
+    if (options.json)
+        printLine(writeObject("file", writeString(file)));
+}
+
 } // namespace
 
 void addBoxViews(CLI::App& app, Options& options)
@@ -260,6 +282,12 @@ void addBoxViews(CLI::App& app, Options& options)
     CLI::App& windows =
         addCommand(app, options, "windows", "Lists the windows of the box, the front of the stack first", "windows");
     windows.callback([&options] { listWindows(options); });
+
+    CLI::App& screenshot =
+        addCommand(app, options, "screenshot", "Saves what the screen of the box shows", "screenshot box.png");
+    const auto file = std::make_shared<std::string>();
+    addRequired(screenshot, "FILE", *file, "PNG file to write");
+    screenshot.callback([file, &options] { saveScreenshot(*file, options); });
 }
 
 } // namespace Corvanectl

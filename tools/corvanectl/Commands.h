@@ -48,9 +48,10 @@ void addMonitorCommand(CLI::App& app, Options& options);      ///< monitor
 void addApplicationCommands(CLI::App& app, Options& options); ///< stats, activate, suspend, terminate
 void addKeyCommand(CLI::App& app, Options& options);          ///< key
 void addPropertyCommands(CLI::App& app, Options& options);    ///< state, focus, visibility, opacity, z-order, location
+void addTokenCommands(CLI::App& app, Options& options);       ///< token create, token delete
 
 void addBoxCommands(CLI::App& app, Options& options); ///< launch, stop, restart
-void addBoxViews(CLI::App& app, Options& options);    ///< ps, history, windows
+void addBoxViews(CLI::App& app, Options& options);    ///< ps, history, windows, screenshot
 
 /// Gives the input focus to a window through the process manager, or takes it away, and waits until it is done.
 void moveFocus(const std::string& uid, bool focus, const Options& options);

@@ -48,15 +48,16 @@ void Manager::listen()
         {}, timeout);
 }
 
-std::string Manager::await(const std::string& key, const std::string& uid, const std::string& success,
-                           const std::string& failure, std::chrono::milliseconds patience)
+std::string Manager::await(const std::string& key, const std::string& id, const std::string& success,
+                           const std::string& failure, std::chrono::milliseconds patience,
+                           const std::string& failureKey)
 {
     const auto deadline = std::chrono::steady_clock::now() + patience;
     for (Notice notice; takeNotice(notice, deadline);) {
         const JsonText payload(notice.payload);
-        if (notice.name.ends_with("::" + success) && textOf(payload, key) == uid)
+        if (notice.name.ends_with("::" + success) && textOf(payload, key) == id)
             return notice.payload;
-        if (notice.name.ends_with("::" + failure) && textOf(payload, "uid") == uid)
+        if (notice.name.ends_with("::" + failure) && textOf(payload, failureKey) == id)
             throw std::runtime_error(textOf(payload, "reason"));
     }
     throw RPCError(RPCError::Reason::TIMED_OUT, 5, "the request was accepted, but is not carried out yet");

@@ -31,12 +31,14 @@ public:
     /// Begins to keep what is announced, so that nothing is missed. To be called before the request.
     void listen();
     /// Waits for what came of a request.
-    /// @param key      of the member that must hold `uid`
+    /// @param key      of the member that must hold `id`
     /// @param success  name of the notification that the request was carried out, without its interface
     /// @param failure  name of the other one; its member "reason" says why
     /// @return the payload. @throws std::runtime_error  it failed. @throws RPCError  nothing came in time
-    std::string await(const std::string& key, const std::string& uid, const std::string& success,
-                      const std::string& failure, std::chrono::milliseconds patience);
+    /// @param failureKey  the same for the notification of a failure
+    std::string await(const std::string& key, const std::string& id, const std::string& success,
+                      const std::string& failure, std::chrono::milliseconds patience,
+                      const std::string& failureKey = "uid");
 
 private:
     struct Notice {

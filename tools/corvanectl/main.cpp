@@ -115,5 +115,6 @@ int main(int argc, char** argv)
     addBoxCommands(app, options);
     addBoxViews(app, options);
     addKeyCommand(app, options);
+    addTokenCommands(app, options);
     return runCommand(app, argc, argv);
 }

@@ -39,10 +39,11 @@ bool isPointer(const libevdev& device)
     return has(device, EV_KEY, BTN_LEFT) && (isRelative || isAbsolute);
 }
 
-/// Escape, the digits and the upper row of letters are on every keyboard, and together on nothing else.
+/// Escape, the digits, the upper row of letters and the first two keys of the next are on every keyboard, and together
+/// on nothing else. It is the same test as that of udev's own rules.
 bool isKeyboard(const libevdev& device)
 {
-    for (unsigned int code = KEY_ESC; code < KEY_S; ++code)
+    for (unsigned int code = KEY_ESC; code <= KEY_S; ++code)
         if (!has(device, EV_KEY, code))
             return false;
     return true;

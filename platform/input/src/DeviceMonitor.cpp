@@ -75,7 +75,7 @@ void DeviceMonitor::reportAll(const Sink& sink) const
     udev_enumerate_unref(devices);
 }
 
-int DeviceMonitor::listen()
+bool DeviceMonitor::listen()
 {
     monitor.reset(udev_monitor_new_from_netlink(library.get(), chooseSource()));
     if (monitor == nullptr || udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), SUBSYSTEM, nullptr) < 0 ||
@@ -83,14 +83,18 @@ int DeviceMonitor::listen()
         corvaneDebugPrint(DEBUG_WARNING, TAG, "DeviceMonitor", __LINE__,
                           "devices that are plugged in are not noticed: the system does not tell\n");
         monitor.reset();
-        return -1;
     }
-    return udev_monitor_get_fd(monitor.get());
+    return monitor != nullptr;
 }
 
 void DeviceMonitor::stopListening()
 {
     monitor.reset();
+}
+
+int DeviceMonitor::getDescriptor() const
+{
+    return monitor != nullptr ? udev_monitor_get_fd(monitor.get()) : -1;
 }
 
 void DeviceMonitor::reportNews(const Sink& sink)

@@ -38,9 +38,11 @@ public:
 
     /// Reports each device that there is.
     void reportAll(const Sink& sink) const;
-    /// Starts to listen. @return a descriptor that is readable when there is news; -1 when the system offers none
-    int listen();
+    /// Starts to listen. @return false when the system offers no news, which is one debug line
+    bool listen();
     void stopListening();
+    /// @return a descriptor that is readable when there is news; -1 while this does not listen
+    int getDescriptor() const;
     /// Reports the news that wait; does not block.
     void reportNews(const Sink& sink);
 

@@ -39,6 +39,12 @@ void DeviceTable::watch(int descriptor, void* meaning)
     epoll_ctl(epoll.get(), EPOLL_CTL_ADD, descriptor, &event);
 }
 
+void DeviceTable::ignore(int descriptor) const
+{
+    // Closing it does not do that while a child process has a copy, as between fork() and exec().
+    epoll_ctl(epoll.get(), EPOLL_CTL_DEL, descriptor, nullptr);
+}
+
 void DeviceTable::apply(const Switches& wanted)
 {
     if (switches == wanted)
@@ -55,11 +61,12 @@ void DeviceTable::apply(const Switches& wanted)
 
 void DeviceTable::switchHotplug()
 {
-    if (!switches->hotplug)
-        return monitor.stopListening();
-    const int descriptor = monitor.listen();
-    if (descriptor >= 0)
-        watch(descriptor, &monitor);
+    if (!switches->hotplug) {
+        ignore(monitor.getDescriptor());
+        monitor.stopListening();
+    } else if (monitor.listen()) {
+        watch(monitor.getDescriptor(), &monitor);
+    }
 }
 
 void DeviceTable::hear(const DeviceReport& report)
@@ -124,8 +131,10 @@ void DeviceTable::open(Entry& entry)
 
 void DeviceTable::close(Entry& entry)
 {
-    if (entry.device != nullptr)
+    if (entry.device != nullptr) {
+        ignore(entry.device->getDescriptor());
         entry.device->releaseAll();
+    }
     entry.device = nullptr;
     entry.isReady = false;
     entry.isHungUp = false;

@@ -51,13 +51,14 @@ private:
     };
 
     void watch(int descriptor, void* meaning);
+    void ignore(int descriptor) const;
     void switchHotplug();
     void hear(const DeviceReport& report);
     void forget(const DeviceReport& report);
     bool isWanted(DeviceKind kind) const;
     void update(Entry& entry);
     void open(Entry& entry);
-    static void close(Entry& entry);
+    void close(Entry& entry);
     void takeWakeUp() const;
     static void markReady(Entry& entry, unsigned int events);
     void readDevices();

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <mutex>
 #include <stdexcept>
+#include <support/Await.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <umockdev-1.0/umockdev.h>
@@ -248,10 +249,7 @@ MockDevice::MockDevice(MockMachine& machine, DeviceSpecification given)
     require(mkfifo(file.c_str(), S_IRUSR | S_IWUSR) == 0, file);
     descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC);
     require(descriptor >= 0, file);
-    struct stat status {
-    };
-    require(fstat(descriptor, &status) == 0, file);
-    identity = status.st_ino;
+    require(fstat(descriptor, &identity) == 0, file);
     connect();
     machine.add(describe());
 }
@@ -320,6 +318,8 @@ void MockDevice::unplug()
     const std::string device = "/sys" + folder;
     umockdev_testbed_uevent(machine.get(), device.c_str(), "remove");
     umockdev_testbed_remove_device(machine.get(), device.c_str());
+    // The mock library ends the process when a device that somebody reads has nobody any more who answers for it.
+    await([this] { return !isOpen(); });
     umockdev_testbed_detach_ioctl(machine.get(), node.c_str(), nullptr);
 }
 
@@ -349,15 +349,13 @@ void MockDevice::announce(const std::string& action, const std::map<std::string,
 bool MockDevice::isOpen() const
 {
     // Asked of the system: it knows at once of a descriptor that was closed.
-    for (int other = 0; other < 1024; ++other) {
+    const auto isNode = [&](const std::filesystem::directory_entry& file) {
         struct stat status {
         };
-        const std::string file = "/proc/self/fd/" + std::to_string(other);
-        if (other != descriptor && stat(file.c_str(), &status) == 0 && S_ISFIFO(status.st_mode) &&
-            status.st_ino == identity)
-            return true;
-    }
-    return false;
+        return file.path().filename() != std::to_string(descriptor) && stat(file.path().c_str(), &status) == 0 &&
+               status.st_dev == identity.st_dev && status.st_ino == identity.st_ino;
+    };
+    return std::ranges::any_of(std::filesystem::directory_iterator("/proc/self/fd"), isNode);
 }
 
 bool MockDevice::hasUnread() const

@@ -6,6 +6,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 using UMockdevIoctlBase = struct _UMockdevIoctlBase;
@@ -80,7 +81,8 @@ public:
     /// Loses events: a key goes up or down, and all that is reported is that something was lost.
     void lose(const std::vector<Report>& lost);
 
-    /// Pulls the plug: the device is gone, and the system tells so.
+    /// Pulls the plug: the device is gone, and the system tells so. Waits until this process reads it no more, as it
+    /// must since the device has hung up.
     void unplug();
     /// The device hangs up, and nobody tells.
     void hangUp();
@@ -108,8 +110,9 @@ private:
     std::string folder;
     std::string node;
     UMockdevIoctlBase* handler = nullptr;
-    int descriptor = -1;        ///< the end that the hardware writes to
-    unsigned long identity = 0; ///< of the node, as a file
+    int descriptor = -1; ///< the end that the hardware writes to
+    struct stat identity {
+    }; ///< of the node, as a file
 };
 
 } // namespace Corvane::Test

@@ -1,7 +1,11 @@
 #include "InputFixture.h"
 
 #include <atomic>
+#include <csignal>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 /// Classes of devices that are turned on and off.
 namespace Corvane::Test
@@ -108,7 +112,22 @@ TEST_F(InputSwitch, LosesNoReleaseWhileEventsFlow)
     }
 }
 
-TEST_F(InputSwitch, LetsTheDriverSleepWhileNothingHappens)
+/// The driver's thread must sleep on, whatever the test does now.
+template <class Action>
+void expectSleepDuring(Action action)
+{
+    ASSERT_TRUE(await(isDriverAsleep));
+    const std::string before = countDriverSleeps();
+    action();
+    // Were there a descriptor that is ready, it would show in this time.
+    await([&] { return countDriverSleeps() != before; }, std::chrono::milliseconds(300));
+    EXPECT_EQ(countDriverSleeps(), before);
+    EXPECT_TRUE(isDriverAsleep());
+}
+
+using InputSleep = InputTest;
+
+TEST_F(InputSleep, LastsWhileNothingHappens)
 {
     MockDevice remote(machine, infrared());
     MockDevice pointer(machine, mouse());
@@ -122,14 +141,70 @@ TEST_F(InputSwitch, LetsTheDriverSleepWhileNothingHappens)
     pointer.hangUp();
     ASSERT_TRUE(awaitClosed(pointer));
 
-    ASSERT_TRUE(await([] { return readDriverStatus("State").starts_with("S"); }));
-    const auto countSleeps = [] { return readDriverStatus("voluntary_ctxt_switches"); };
-    const std::string before = countSleeps();
-    // Were there a period, or a descriptor that is ready for ever, it would show in this time.
-    await([&] { return countSleeps() != before; }, std::chrono::milliseconds(300));
+    expectSleepDuring([] {});
+}
 
-    EXPECT_EQ(countSleeps(), before);
-    EXPECT_TRUE(readDriverStatus("State").starts_with("S"));
+TEST_F(InputSleep, IsNotDisturbedByADeviceOfAClassThatIsOff)
+{
+    MockDevice remote(machine, infrared());
+    MockDevice pointer(machine, mouse());
+    enableAll();
+    driver.start();
+    ASSERT_TRUE(awaitOpen(remote) && awaitOpen(pointer));
+    driver.disableIr();
+    ASSERT_TRUE(awaitClosed(remote));
+    // This one went through the driver when it had closed the other.
+    pointer.report({{EV_REL, REL_X, 1}});
+    ASSERT_EQ(listener.take(), "mouse by 1,0,0");
+    expectSleepDuring([&] { remote.press(KEY_OK); });
+
+    EXPECT_TRUE(remote.hasUnread());
+    EXPECT_TRUE(listener.events.isEmpty());
+}
+
+/// A child process that has a copy of each descriptor, as one has between fork() and exec().
+class Fork
+{
+public:
+    Fork() : child(fork())
+    {
+        if (child != 0)
+            return;
+        prctl(PR_SET_PDEATHSIG, SIGKILL); // also when the test crashes
+        while (true)
+            pause();
+    }
+    ~Fork()
+    {
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+    Fork(const Fork&) = delete;
+    Fork& operator=(const Fork&) = delete;
+
+private:
+    const pid_t child;
+};
+
+TEST_F(InputSleep, IsNotDisturbedByWhatAChildProcessHasACopyOf)
+{
+    MockDevice remote(machine, infrared());
+    MockDevice pointer(machine, mouse());
+    enableAll();
+    driver.enableHotplug();
+    driver.start();
+    ASSERT_TRUE(awaitOpen(remote) && awaitOpen(pointer));
+    const Fork child;
+    driver.disableIr();
+    driver.disableHotplug();
+    ASSERT_TRUE(awaitClosed(remote));
+
+    remote.press(KEY_OK);
+    MockDevice unheardOf(machine, infrared());
+    pointer.report({{EV_REL, REL_X, 1}});
+
+    EXPECT_EQ(listener.take(), "mouse by 1,0,0");
+    expectSleepDuring([] {});
 }
 
 } // namespace Corvane::Test

@@ -1,11 +1,14 @@
 #include "InputFixture.h"
 
+#include <atomic>
 #include <corvane/Window.h>
 #include <corvane/WindowExec.h>
 #include <corvane/common/RPCClient.h>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <support/TemporaryDirectory.h>
+#include <thread>
 
 /// From a device to the window of an application, with all that lies between.
 namespace Corvane::Test
@@ -30,6 +33,8 @@ public:
     bool handleEvent(const Event& event) override
     {
         events.put(eventText(dynamic_cast<const IWindowEvent::InputEvent&>(event)));
+        if (handler)
+            handler();
         return true;
     }
     std::string getTitle() const override { return "Tested"; }
@@ -47,6 +52,7 @@ public:
 
     Mailbox<std::string> events;
     std::function<void()> mainLoop;
+    std::function<void()> handler;
 };
 
 /// Gives back the references that windows keep.
@@ -73,14 +79,16 @@ protected:
         ScopedEnvironment environment("CORVANE_WINDOWEXEC_STANDALONE", standalone);
         window.mainLoop = std::move(mainLoop);
         exec->run(&window);
+        hasReturned = true;
     }
 
+    std::atomic<bool> hasReturned{false};
     TemporaryRuntime runtime;
     MockMachine machine;
     MockDevice remote{machine, onSeat(infrared(), "seat2")};
     MockDevice pointer{machine, onSeat(mouse(), "seat2")};
+    std::optional<WindowExec> exec{std::in_place, 0, nullptr};
     TestedWindow window;
-    std::optional<WindowExec> exec{std::in_place, 0, nullptr}; ///< goes before the window: it passes events on to it
 };
 
 } // namespace
@@ -125,6 +133,91 @@ TEST_F(WindowInput, DoesNotComeBeforeItsClassIsEnabled)
         EXPECT_EQ(window.take(), "KEY_OK pressed");
         delete driver;
     });
+}
+
+TEST_F(WindowInput, EndsWithTheMainLoopOfAWindowThatHasTerminated)
+{
+    run("", [&] {
+        remote.press(KEY_OK);
+        EXPECT_EQ(window.take(), "KEY_OK pressed");
+        window.setState(ILifecycleManagement::STATE_TERMINATED);
+    });
+    InputRecorder other;
+    window.getInputDriver()->addInputEventListener(&other, 2);
+
+    remote.release(KEY_OK);
+
+    EXPECT_EQ(other.take(), "KEY_OK released");
+    EXPECT_TRUE(window.events.isEmpty());
+    window.getInputDriver()->removeInputEventListener(&other);
+}
+
+TEST_F(WindowInput, GoesOnAfterTheMainLoopOfAWindowThatHasNotTerminated)
+{
+    run("", [] {});
+
+    remote.press(KEY_OK);
+
+    EXPECT_EQ(window.take(), "KEY_OK pressed");
+}
+
+TEST_F(WindowInput, IsHandledToTheEndBeforeTheMainRoutineReturns)
+{
+    std::atomic<bool> isHandled{false};
+    window.handler = [&] {
+        // Were nobody waiting for this very event, the main routine would have returned in this time.
+        await([&] { return hasReturned.load(); }, std::chrono::milliseconds(200));
+        isHandled = !hasReturned;
+    };
+    run("", [&] {
+        remote.press(KEY_OK);
+        EXPECT_EQ(window.take(), "KEY_OK pressed");
+        window.setState(ILifecycleManagement::STATE_TERMINATED);
+    });
+
+    EXPECT_TRUE(isHandled);
+}
+
+TEST_F(WindowInput, EndsWithAMainLoopThatThrows)
+{
+    CapturedOutput error;
+    const auto fail = [&] {
+        window.setState(ILifecycleManagement::STATE_TERMINATED);
+        throw std::runtime_error("no picture");
+    };
+    EXPECT_THROW(run("", fail), std::runtime_error);
+    InputRecorder other;
+    window.getInputDriver()->addInputEventListener(&other, 2);
+
+    remote.press(KEY_OK);
+
+    EXPECT_EQ(other.take(), "KEY_OK pressed");
+    EXPECT_TRUE(window.events.isEmpty());
+    window.getInputDriver()->removeInputEventListener(&other);
+}
+
+TEST_F(WindowInput, ReachesNoWindowThatIsDestroyedBeforeItsMainRoutine)
+{
+    ScopedEnvironment environment("CORVANE_WINDOWEXEC_STANDALONE", "");
+    std::atomic<bool> done{false};
+    std::thread hand([&] {
+        while (!done) {
+            remote.press(KEY_OK);
+            remote.release(KEY_OK);
+        }
+    });
+    // As in a main function: first the main routine, then the window, which so goes first.
+    for (int i = 0; i < 20; ++i) {
+        WindowExec routine(0, nullptr);
+        TestedWindow passing;
+        passing.mainLoop = [&] {
+            EXPECT_NE(passing.take(), "nothing");
+            passing.setState(ILifecycleManagement::STATE_TERMINATED);
+        };
+        routine.run(&passing);
+    }
+    done = true;
+    hand.join();
 }
 
 } // namespace Corvane::Test

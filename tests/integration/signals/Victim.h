@@ -2,6 +2,7 @@
 
 #include <string>
 #include <support/ChildProcess.h>
+#include <support/TemporaryDirectory.h>
 #include <vector>
 
 namespace Corvane::Test
@@ -24,6 +25,9 @@ private:
         Environment environment = leavingSignalsToTheProgram();
         for (const char* name : {"CORVANE_APP_PARAMETERS", "CORVANE_DEBUG_LEVEL", "CORVANE_DEBUG_OUTPUT"})
             environment[name] = {};
+        // A process manager of this machine is not to hear of the victims.
+        static const TemporaryDirectory runtime;
+        environment["CORVANE_RUNTIME_DIR"] = runtime.getPath();
         return environment;
     }
 };

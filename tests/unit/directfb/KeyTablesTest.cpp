@@ -219,6 +219,29 @@ TEST(DFBInputEvents, GiveOnlySymbolsAndIdentifiersThatDirectFBHasNamesFor)
     }
 }
 
+TEST(DFBInputEvents, LeaveNoSymbolOutButThoseThatNoKeyOfLinuxMeans)
+{
+    std::set<int> given;
+    for (Code code = 0; code <= KEY_MAX; ++code)
+        given.insert(symbolOf(code));
+    for (int ascii = 0; ascii < 256; ++ascii)
+        given.insert(DFBInputEvents::getDirectFBKeySymbol(static_cast<unsigned char>(ascii)));
+
+    std::set<int> missing;
+    for (const DFBKeySymbolName& row : SYMBOL_NAMES)
+        if (!given.contains(row.symbol))
+            missing.insert(row.symbol);
+    std::set<int> expected = {DIKS_FAST,    DIKS_BEGIN,  DIKS_PIP,   DIKS_SWAP, DIKS_FREEZE, DIKS_CALL,
+                              DIKS_SPEAKER, DIKS_REDIAL, DIKS_FLASH, DIKS_HOLD, DIKS_SUPER,  DIKS_HYPER};
+    // An accent that waits for its letter is a matter of layouts, and the custom symbols are for applications.
+    for (int accent = DIKS_DEAD_ABOVEDOT; accent <= DIKS_DEAD_VOICED_SOUND; ++accent)
+        expected.insert(accent);
+    for (int custom = 0; custom < 256; ++custom)
+        expected.insert(DFB_CUSTOM_KEY(custom));
+
+    EXPECT_EQ(missing, expected);
+}
+
 TEST(DFBInputEvents, ACharacterIsItsOwnSymbolWhereDirectFBHasANameForIt)
 {
     const std::set<int> symbols = namedSymbols();

@@ -33,15 +33,8 @@ FakeManager::~FakeManager()
 std::string FakeManager::handleRPCSynchronousMethod(const IRPC::RPCSynchronousMethodObject& request)
 {
     const std::string method = request.getInterface() + "::" + request.getMethod();
-    std::unique_lock lock(mutex);
+    std::lock_guard guard(mutex);
     calls.push_back(method + " " + request.getParameters());
-    if (holding) {
-        lock.unlock();
-        held.put(true);
-        bool released = false;
-        release.take(released);
-        lock.lock();
-    }
     if (!refusal.empty())
         return IRPC::RPCErrorObject(request, refusal).serialize();
     const auto result = results.find(method);
@@ -66,12 +59,6 @@ void FakeManager::refuse(const std::string& message)
 {
     std::lock_guard guard(mutex);
     refusal = message;
-}
-
-void FakeManager::hold()
-{
-    std::lock_guard guard(mutex);
-    holding = true;
 }
 
 } // namespace Corvane::Test

@@ -4,7 +4,6 @@
 #include <map>
 #include <mutex>
 #include <string>
-#include <support/Await.h>
 #include <vector>
 
 namespace Corvane::Test
@@ -25,18 +24,12 @@ public:
     void setResult(const std::string& method, const std::string& result);
     /// From now on every call is refused with this message.
     void refuse(const std::string& message);
-    /// From now on every call waits until `release` is given something.
-    void hold();
-
-    Mailbox<bool> held;
-    Mailbox<bool> release;
 
 private:
     std::mutex mutex;
     std::vector<std::string> calls;
     std::map<std::string, std::string> results;
     std::string refusal;
-    bool holding = false;
 };
 
 } // namespace Corvane::Test

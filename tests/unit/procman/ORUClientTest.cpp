@@ -248,6 +248,7 @@ TEST_F(ORUClientTest, ServesManyThreadsAtOnce)
 {
     start();
     server->setResult("IWindowCompositing::getOpacity", "1");
+    server->setResult("IWindowCompositing::getZOrder", "2");
     constexpr int THREADS = 8;
     constexpr int CALLS = 50;
     std::vector<std::thread> threads;
@@ -255,14 +256,14 @@ TEST_F(ORUClientTest, ServesManyThreadsAtOnce)
     for (int i = 0; i < THREADS; ++i)
         threads.emplace_back([&] {
             for (int j = 0; j < CALLS; ++j)
-                if (client->getOpacity(4) != 1U)
+                if (client->getOpacity(4) != 1U || client->getZOrder(4) != 2U)
                     ++failures;
         });
     for (std::thread& thread : threads)
         thread.join();
 
     EXPECT_EQ(failures, 0);
-    EXPECT_EQ(server->getCalls().size(), static_cast<std::size_t>(THREADS * CALLS));
+    EXPECT_EQ(server->getCalls().size(), static_cast<std::size_t>(2 * THREADS * CALLS));
 }
 
 } // namespace Corvane::Test

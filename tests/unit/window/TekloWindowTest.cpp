@@ -192,8 +192,8 @@ TEST_F(TekloWindowTest, LetsAFailureOfTheClientLibraryThroughAndDeletesTheClient
 
 TEST_F(TekloWindowTest, ThrowsCode2FromEveryOperationOnItsSurfaceBeforeItHasOne)
 {
-    TestTekloWindow window(arguments());
     RecordingWindowListener listener("listener");
+    TestTekloWindow window(arguments());
     window.addListener(&listener);
     const std::function<void()> operations[] = {
         [&] { window.setVisibility(false); },
@@ -222,9 +222,9 @@ TEST_F(TekloWindowTest, ThrowsCode2FromEveryOperationOnItsSurfaceBeforeItHasOne)
 
 TEST_F(TekloWindowTest, ChangesTheCompositorThenItselfThenTellsTheListeners)
 {
+    RecordingWindowListener listener("listener");
     TestTekloWindow window(arguments());
     window.init();
-    RecordingWindowListener listener("listener");
     window.addListener(&listener);
     journal.clear();
 
@@ -243,9 +243,9 @@ TEST_F(TekloWindowTest, ChangesTheCompositorThenItselfThenTellsTheListeners)
 
 TEST_F(TekloWindowTest, SendsTheWholeOpacityAndKeepsTheLowEightBits)
 {
+    RecordingWindowListener listener("listener");
     TestTekloWindow window(arguments());
     window.init();
-    RecordingWindowListener listener("listener");
     window.addListener(&listener);
     journal.clear();
 
@@ -276,9 +276,9 @@ TEST_F(TekloWindowTest, ReturnsWhatTheCompositorReports)
 
 TEST_F(TekloWindowTest, LeavesItselfAloneWhenTheCompositorRefuses)
 {
+    RecordingWindowListener listener("listener");
     TestTekloWindow window(arguments());
     window.init();
-    RecordingWindowListener listener("listener");
     window.addListener(&listener);
     journal.clear();
     manager.failingCall = "setZOrder";
@@ -291,9 +291,9 @@ TEST_F(TekloWindowTest, LeavesItselfAloneWhenTheCompositorRefuses)
 
 TEST_F(TekloWindowTest, PassesStackingOnAndTellsNobody)
 {
+    RecordingWindowListener listener("listener");
     TestTekloWindow window(arguments());
     window.init();
-    RecordingWindowListener listener("listener");
     window.addListener(&listener);
     journal.clear();
 
@@ -324,8 +324,8 @@ TEST_F(TekloWindowTest, TranslatesTheCursorByTheCompositorsLocation)
 TEST_F(TekloWindowTest, GivesTheSurfaceBackAndThenDeletesTheClientBeforeTheWindowGoes)
 {
     {
-        TestTekloWindow window(arguments());
         RecordingWindowListener listener("listener");
+        TestTekloWindow window(arguments());
         window.journalsItsEnd = true;
         window.init();
         window.addListener(&listener);

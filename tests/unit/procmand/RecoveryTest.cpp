@@ -1,0 +1,161 @@
+#include "Recovery.h"
+#include "Box.h"
+#include "History.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <support/TemporaryDirectory.h>
+
+namespace Procmand
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::SizeIs;
+
+class RecoveryTest : public testing::Test
+{
+protected:
+    static std::string start(const std::string& uid)
+    {
+        StartRecord record;
+        record.uid = uid;
+        record.pid = 7;
+        record.startTime = "9";
+        record.program = "/bin/player";
+        return record.write();
+    }
+    static std::string end(const std::string& uid)
+    {
+        EndRecord record;
+        record.uid = uid;
+        return record.write();
+    }
+    static std::vector<std::string> uidsOf(const Recovery& recovery)
+    {
+        std::vector<std::string> uids;
+        for (const auto& [uid, application] : recovery.applications)
+            uids.push_back(uid + (application.hasEnded ? " has ended" : ""));
+        return uids;
+    }
+
+    Corvane::Test::TemporaryDirectory folder;
+    const std::string path = folder.getPath() + "/history.jsonl";
+};
+
+} // namespace
+
+TEST_F(RecoveryTest, TellsWhoRunsWhoIsToRunAgainAndWhoIsGone)
+{
+    const Recovery recovery = Recovery::read({start("runs"), start("ended"), start("waits"), start("gone"),
+                                              start("again"), end("ended"), writeRecord("waiting", "waits"),
+                                              end("gone"), writeRecord("gone", "gone"), end("again"), start("again")});
+
+    EXPECT_THAT(uidsOf(recovery), ElementsAre("again", "ended has ended", "runs", "waits has ended"));
+    EXPECT_THAT(recovery.ends, SizeIs(3));
+}
+
+TEST_F(RecoveryTest, KeepsEverythingOfAStart)
+{
+    StartRecord record;
+    record.time = "now";
+    record.boot = "boot";
+    record.uid = "a";
+    record.pid = 7;
+    record.startTime = "9";
+    record.program = "/bin/player";
+    record.restarts = 3;
+    record.request = LaunchRequest::read(
+        R"({"program":"player","arguments":["a \"b\""],"environment":{"FRUIT":"pear"},"workingDirectory":"/usr",)"
+        R"("applicationType":"video","applicationParameters":"loud","restart":"always",)"
+        R"("compositingParameters":{"opacity":9}})");
+
+    const StartRecord read = StartRecord::read(record.write());
+
+    EXPECT_EQ(read.write(), record.write());
+    EXPECT_EQ(read.request->arguments, std::vector<std::string>{"a \"b\""});
+    EXPECT_EQ(read.request->environment.at("FRUIT"), "pear");
+    EXPECT_EQ(read.request->compositingParameters.getOpacity(), 9U);
+    EXPECT_EQ(read.request->restart, RestartMode::ALWAYS);
+}
+
+TEST_F(RecoveryTest, RemembersTheLastHundredEnds)
+{
+    std::vector<std::string> records;
+    for (int i = 0; i < 103; ++i)
+        records.push_back(end(std::to_string(i)));
+    const Recovery recovery = Recovery::read(records);
+
+    EXPECT_THAT(recovery.ends, SizeIs(100));
+    EXPECT_EQ(recovery.ends.front(), records[3]);
+    EXPECT_EQ(recovery.ends.back(), records[102]);
+}
+
+TEST_F(RecoveryTest, TakesTheLastStateOfTheWindows)
+{
+    const WindowState a{.index = 1, .uid = "a", .visibility = false, .opacity = 9, .zOrder = 4, .location{1, 2, 3, 4}};
+    const WindowState b{.index = 5, .uid = "b"};
+    const Recovery recovery = Recovery::read({writeWindowsRecord({a}), writeWindowsRecord({b, a})});
+
+    ASSERT_THAT(recovery.windows, SizeIs(2));
+    EXPECT_EQ(recovery.windows[0].index, 5U);
+    EXPECT_EQ(writeWindowsRecord({recovery.windows[1]}), writeWindowsRecord({a}));
+}
+
+TEST_F(RecoveryTest, LeavesOutWhatItCannotRead)
+{
+    const Recovery recovery =
+        Recovery::read({"nonsense", R"({"record":"end"})", R"({"record":"later","uid":"a"})", "{}", start("runs")});
+
+    EXPECT_THAT(uidsOf(recovery), ElementsAre("runs"));
+    EXPECT_TRUE(recovery.ends.empty());
+}
+
+TEST_F(RecoveryTest, IsOnlyEverAppendedToUntilItIsWrittenAnew)
+{
+    {
+        History history(path);
+        history.append(start("a"));
+        history.append(end("a"));
+    }
+    History history(path);
+    history.append(start("b"));
+    EXPECT_THAT(history.read(), ElementsAre(start("a"), end("a"), start("b")));
+
+    history.rewrite({start("b")});
+    history.append(end("b"));
+    EXPECT_THAT(history.read(), ElementsAre(start("b"), end("b")));
+}
+
+TEST_F(RecoveryTest, ClosesOffWhatAnInterruptedWriteLeft)
+{
+    std::ofstream(path) << start("a") << "\n{\"record\":\"en";
+    History history(path);
+    history.append(end("a"));
+
+    EXPECT_THAT(history.read(), ElementsAre(start("a"), "{\"record\":\"en", end("a")));
+}
+
+TEST_F(RecoveryTest, IsWrittenAnewWithWhatMattersOnceItIsLong)
+{
+    Settings settings;
+    settings.stateFolder = folder.getPath();
+    Box box(settings, [](const std::string&, const std::string&) {});
+    ManagedApplication& waiting = box.registry.add("waits");
+    waiting.phase = ManagedApplication::Phase::WAITING;
+    EndRecord record;
+    record.uid = "crashes";
+    record.standardError = std::string(4096, 'x');
+    for (int i = 0; i < 1200; ++i)
+        box.rememberEnd(record);
+
+    EXPECT_LT(std::filesystem::file_size(path), 4U * 1024 * 1024) << "1200 ends take more";
+    const Recovery recovery = Recovery::read(box.history.read());
+    EXPECT_THAT(uidsOf(recovery), ElementsAre("waits has ended"));
+    EXPECT_THAT(recovery.ends, SizeIs(REMEMBERED_ENDS));
+}
+
+} // namespace Procmand

@@ -1,0 +1,110 @@
+#include "Supervisor.h"
+
+#include <corvane/common/RPCServer.h>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <support/Await.h>
+#include <support/ChildProcess.h>
+#include <support/TemporaryDirectory.h>
+#include <thread>
+
+namespace Procmand
+{
+namespace
+{
+
+using Corvane::Test::await;
+using testing::HasSubstr;
+
+/// A supervisor with one application: its process is a child of the test, its control server is the test's own.
+class SupervisorTest : public testing::Test
+{
+protected:
+    SupervisorTest()
+    {
+        server.init();
+        {
+            std::lock_guard guard(box.lock);
+            supervisor.start(runtime.directory.getPath());
+            EXPECT_TRUE(supervisor.adopt("tester", child.getPid()));
+        }
+        EXPECT_TRUE(await([this] {
+            std::lock_guard guard(box.lock);
+            return box.registry.require("tester").isConnected;
+        }));
+    }
+    ~SupervisorTest() override
+    {
+        {
+            std::lock_guard guard(box.lock);
+            supervisor.disconnectAll();
+        }
+        box.workers.finish();
+        box.loop.stop();
+        looper.join();
+        box.loop.discard();
+    }
+
+    Settings makeSettings() const
+    {
+        Settings settings;
+        settings.stateFolder = state.getPath();
+        settings.keepAliveDeadline = std::chrono::milliseconds(300);
+        return settings;
+    }
+    /// Waits for a notification of the process manager. @return its payload
+    std::string awaitNotice(const std::string& name)
+    {
+        std::pair<std::string, std::string> notice;
+        while (notices.take(notice))
+            if (notice.first == "IApplicationManager::" + name)
+                return notice.second;
+        return "nothing";
+    }
+
+    Corvane::Test::TemporaryRuntime runtime;
+    Corvane::Test::TemporaryDirectory state;
+    Corvane::Test::Mailbox<std::pair<std::string, std::string>> notices;
+    Corvane::Test::ChildProcess child{{"sleep", "1000"}};
+    Corvane::RPCServer server{"APPtester"};
+    Box box{makeSettings(), [this](const std::string& name, const std::string& payload) {
+                notices.put({name, payload});
+            }};
+    FocusControl focus{box};
+    WindowService windows{box};
+    Supervisor supervisor{box, focus, windows};
+    std::thread looper{[this] { box.loop.run(); }};
+};
+
+} // namespace
+
+TEST_F(SupervisorTest, GivesTheApplicationsTheirWholeTimeAgainWhenItWasHeldUpItself)
+{
+    std::chrono::steady_clock::time_point released;
+    {
+        // Nothing in the box goes on while somebody has its lock.
+        std::lock_guard guard(box.lock);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        released = std::chrono::steady_clock::now();
+    }
+    EXPECT_THAT(awaitNotice("onRunaway"), HasSubstr("tester"));
+    EXPECT_GE(std::chrono::steady_clock::now() - released, std::chrono::milliseconds(300));
+}
+
+TEST_F(SupervisorTest, WaitsForTheLastWordsOfAProcessThatHasEnded)
+{
+    child.sendSignal(SIGKILL);
+    ASSERT_TRUE(await([this] {
+        std::lock_guard guard(box.lock);
+        const ManagedApplication* const application = box.registry.find("tester");
+        return application == nullptr || application->end;
+    }));
+    server.handleRPCNotification("IApplication::onStateChange",
+                                 R"({"uid":"tester","oldState":"RUNNING","newState":"ABORTED"})");
+    server.shutdown();
+
+    EXPECT_THAT(awaitNotice("onEnd"), HasSubstr(R"("state":"ABORTED","previousState":"RUNNING")"));
+}
+
+} // namespace Procmand
