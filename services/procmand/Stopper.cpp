@@ -94,7 +94,7 @@ void Stopper::giveUp(ManagedApplication& application)
     const char* const reason = "it did not end after SIGKILL";
     Corvane::corvaneDebugPrint(Corvane::DEBUG_ERROR, "procmand", "Stopper", __LINE__, "%s: %s\n",
                                application.uid.c_str(), reason);
-    application.stopPurpose = StopPurpose::NONE;
+    // Its purpose stays: should the process end after all, it is not started again against somebody's will.
     box.notices.onStopFailure(application.uid, reason);
 }
 

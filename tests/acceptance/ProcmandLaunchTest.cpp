@@ -4,6 +4,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <set>
+#include <unistd.h>
 
 using namespace Corvane::Test;
 using testing::AllOf;
@@ -91,6 +92,16 @@ TEST_F(ProcmandLaunch, TriesToRaiseTheLimitForNiceValuesAndSaysOnceWhereItCannot
     else
         EXPECT_THAT(error, HasSubstr(complaint));
     EXPECT_EQ(error.find(complaint), error.rfind(complaint)) << "once, not with every launch";
+}
+
+TEST_F(ProcmandLaunch, HandsNoDescriptorOfItsOwnDown)
+{
+    const int inherited = dup(STDERR_FILENO); // by the process manager, which does not know of it
+    startProcmand();
+    close(inherited);
+    const std::string file = state.getPath() + "/seen";
+    ASSERT_NE(announcements.take({"onEnd", launchShell("exec >" + file + "; ls /proc/$$/fd; :")}), "");
+    EXPECT_EQ(readFile(file), "0\n1\n2\n");
 }
 
 TEST_F(ProcmandLaunch, AnswersAtOnceAndTellsLaterThatAProgramCannotBeStarted)

@@ -1,6 +1,6 @@
 #include <corvane/common/ActiveObject.h>
 
-#include "SignalBlock.h"
+#include "SignalMask.h"
 
 #include <corvane/foundation/DebugPrint.h>
 #include <corvane/foundation/Exception.h>
@@ -33,7 +33,7 @@ void ActiveObject::init()
     running = true;
     started = true;
     // Blocked before the thread exists: it inherits the mask, so no signal slips in before its first statement.
-    const SignalBlock blocked;
+    const SignalMask mask(SIG_BLOCK, SignalMask::asynchronousSignals());
     const int error = pthread_create(&handle, nullptr, &ActiveObject::run, this);
     if (error == 0)
         return;

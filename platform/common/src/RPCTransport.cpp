@@ -2,7 +2,7 @@
 
 #include "JsonText.h"
 #include "RPCAddress.h"
-#include "SignalBlock.h"
+#include "SignalMask.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -98,6 +98,8 @@ void RPCTransport::close()
 int RPCTransport::thread()
 {
     ownThread = pthread_self();
+    // As in notify(), for all that this thread does with the connections.
+    const SignalMask mask(SIG_BLOCK, SignalMask::allSignals());
     std::array<epoll_event, 16> events{};
     while (!stopping) {
         const int count = epoll_wait(epoll.get(), events.data(), events.size(), -1);
@@ -125,9 +127,9 @@ void RPCTransport::notify(std::string_view name, std::string_view payload)
         return;
     const iovec pieces[] = {piece(R"({"jsonrpc":"2.0","method":")"), piece(name), piece(R"(","params":)"),
                             piece(payload), piece("}\n")};
-    // A signal handler announces STATE_ABORTED on this way: it must not interrupt its own thread while that holds the
-    // lock.
-    SignalBlock block;
+    // The handler of a fatal signal announces STATE_ABORTED on this way: it must not interrupt its own thread while that
+    // holds the lock. Signals of faults are no exception, for others can send them, too.
+    const SignalMask mask(SIG_BLOCK, SignalMask::allSignals());
     std::lock_guard guard(connectionsMutex);
     for (const auto& [socket, connection] : connections) {
         if (connection->isSubscribedTo(name))
@@ -237,6 +239,8 @@ std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage
 {
     if (call.interface.empty() && (call.method == "rpc.subscribe" || call.method == "rpc.unsubscribe"))
         return handleSubscription(connection, call);
+    // The application's code: if it faults, that is announced.
+    const SignalMask mask(SIG_SETMASK, SignalMask::asynchronousSignals());
     return server.handleCall(call);
 }
 
