@@ -24,8 +24,12 @@ public:
     {
         PlainWindow::init();
         setState(STATE_RUNNING);
-        std::puts("running");
+    }
+    void run() override
+    {
+        std::puts("running"); // and everything that runs beside the main loop has been started
         std::fflush(stdout);
+        PlainWindow::run();
     }
     void terminate() override
     {
