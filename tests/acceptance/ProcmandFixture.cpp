@@ -198,6 +198,18 @@ pid_t WithProcmand::pidOf(const std::string& uid)
     return std::stoi(pid);
 }
 
+void WithProcmand::killAtRest(const std::string& uid, int signal)
+{
+    const pid_t pid = pidOf(uid);
+    ASSERT_TRUE(await([pid] {
+        std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+        std::string text;
+        std::getline(stat, text);
+        return text.find(") S ") != text.npos;
+    }));
+    kill(pid, signal);
+}
+
 void WithProcmand::freeze(const std::string& uid)
 {
     const pid_t pid = pidOf(uid);

@@ -49,7 +49,7 @@ TEST_F(ProcmandSupervision, KeepsHowAnApplicationCrashedInEachLifecycleState)
             corvanectl({"state", uid, state});
             ASSERT_TRUE(awaitMember(uid, "state", state));
         }
-        kill(pidOf(uid), SIGSEGV);
+        killAtRest(uid, SIGSEGV);
 
         const std::string end = announcements.take({"IApplicationManager::onEnd", uid});
         EXPECT_THAT(end, AllOf(HasSubstr(R"("exitCode":null,"signal":11)"),
@@ -66,7 +66,7 @@ TEST_F(ProcmandSupervision, KeepsHowOneCrashedThatHadAbortedAlready)
     const std::string uid = launchVictim("lingering");
     corvanectl({"state", uid, "ABORTED"});
     ASSERT_TRUE(awaitMember(uid, "state", "ABORTED"));
-    kill(pidOf(uid), SIGBUS);
+    killAtRest(uid, SIGBUS);
 
     EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
                 AllOf(HasSubstr(R"("signal":7)"), HasSubstr(R"("state":"ABORTED","previousState":"RUNNING")")));

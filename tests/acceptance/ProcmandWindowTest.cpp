@@ -299,7 +299,7 @@ TEST_F(ProcmandWindows, PassesEverythingOnThatTheApplicationsAnnounce)
     EXPECT_NE(announcements.take({"IWindow::onOpacityChange", uid, R"("oldOpacity":255,"newOpacity":12)"}), "");
     corvanectl({"suspend", uid});
     EXPECT_NE(announcements.take({"IApplication::onStateChange", uid, R"("newState":"SUSPENDING")"}), "");
-    kill(pidOf(uid), SIGABRT);
+    killAtRest(uid, SIGABRT);
     EXPECT_NE(announcements.take({"IApplication::onStateChange", uid, R"("newState":"ABORTED")"}), "")
         << "the last words, too";
     EXPECT_NE(announcements.take({"IApplicationManager::onEnd", uid}), "");
