@@ -127,8 +127,8 @@ void RPCTransport::notify(std::string_view name, std::string_view payload)
         return;
     const iovec pieces[] = {piece(R"({"jsonrpc":"2.0","method":")"), piece(name), piece(R"(","params":)"),
                             piece(payload), piece("}\n")};
-    // The handler of a fatal signal announces STATE_ABORTED on this way: it must not interrupt its own thread while that
-    // holds the lock. Signals of faults are no exception, for others can send them, too.
+    // The handler of a fatal signal announces STATE_ABORTED on this way: it must not interrupt its own thread while
+    // that holds the lock. Signals of faults are no exception, for others can send them, too.
     const SignalMask mask(SIG_BLOCK, SignalMask::allSignals());
     std::lock_guard guard(connectionsMutex);
     for (const auto& [socket, connection] : connections) {
