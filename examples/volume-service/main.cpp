@@ -17,7 +17,6 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
-#include <utility>
 
 namespace
 {
@@ -81,7 +80,7 @@ public:
     // thread-safe. What it throws for a token too many goes to whoever announced that token.
     void createAuthorizationToken(unsigned int token, Corvane::TokenStore::Attributes attributes) override
     {
-        tokens.create(token, std::move(attributes));
+        tokens.create(token, attributes);
         showCount();
     }
     void deleteAuthorizationToken(unsigned int token) override

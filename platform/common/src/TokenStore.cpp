@@ -2,7 +2,6 @@
 
 #include <mutex>
 #include <stdexcept>
-#include <utility>
 
 namespace Corvane
 {
@@ -32,7 +31,7 @@ void TokenStore::create(unsigned int token, Attributes attributes)
     std::lock_guard guard(mutex);
     if (tokens.size() == TOKEN_LIMIT && !tokens.contains(token))
         throw std::length_error(owner + " is one too many: at most " + std::to_string(TOKEN_LIMIT) + " are kept");
-    tokens.insert_or_assign(token, std::move(attributes));
+    tokens.insert_or_assign(token, attributes);
 }
 
 void TokenStore::remove(unsigned int token)

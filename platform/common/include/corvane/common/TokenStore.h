@@ -18,7 +18,7 @@ namespace Corvane
 ///
 ///     void createAuthorizationToken(unsigned int token, MapObject<MapObject<int>> attributes) override
 ///     {
-///         tokens.create(token, std::move(attributes));
+///         tokens.create(token, attributes);
 ///     }
 ///     bool mayChangeVolume(unsigned int token) { return tokens.find(token, "volume", "change").value_or(0) != 0; }
 ///
