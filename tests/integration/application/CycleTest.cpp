@@ -2,6 +2,7 @@
 
 #include <corvane/WindowExec.h>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <support/Await.h>
@@ -51,6 +52,19 @@ Holdings currentHoldings()
             .heap = mallinfo2().uordblks};
 }
 
+/// The input driver outlives its windows, and opens what it needs on its own thread, when that gets to it.
+bool isInputDriverAsleep()
+{
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream file(task.path() / "stat");
+        std::string text;
+        std::getline(file, text);
+        if (text.find("(InputDriver) S ") != text.npos)
+            return true;
+    }
+    return false;
+}
+
 void startAndStop()
 {
     std::string program = "cycle";
@@ -67,10 +81,12 @@ TEST(WindowApplicationCycle, ThousandTimesHoldsNoMoreThanTen)
     TemporaryRuntime runtime;
     for (std::size_t i = 0; i < WARM_UP; ++i)
         startAndStop();
+    ASSERT_TRUE(await(isInputDriverAsleep));
     const Holdings before = currentHoldings();
     for (std::size_t i = WARM_UP; i < CYCLES; ++i)
         startAndStop();
 
+    ASSERT_TRUE(await(isInputDriverAsleep));
     // A thread that was joined stays in /proc for the moment that the kernel needs to take it down.
     EXPECT_TRUE(await([&] { return currentHoldings().threads <= before.threads; }));
     const Holdings after = currentHoldings();
