@@ -6,8 +6,8 @@
 #include <corvane/foundation/Serializer.h>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
+#include <support/TaskState.h>
 
 namespace Corvane::Test
 {
@@ -201,12 +201,7 @@ pid_t WithProcmand::pidOf(const std::string& uid)
 void WithProcmand::killAtRest(const std::string& uid, int signal)
 {
     const pid_t pid = pidOf(uid);
-    ASSERT_TRUE(await([pid] {
-        std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-        std::string text;
-        std::getline(stat, text);
-        return text.find(") S ") != text.npos;
-    }));
+    ASSERT_TRUE(await([pid] { return readTaskState("/proc/" + std::to_string(pid)) == 'S'; }));
     kill(pid, signal);
 }
 
@@ -215,13 +210,9 @@ void WithProcmand::freeze(const std::string& uid)
     const pid_t pid = pidOf(uid);
     kill(pid, SIGSTOP);
     ASSERT_TRUE(await([pid] {
-        for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/task")) {
-            std::ifstream stat(task.path() / "stat");
-            std::string text;
-            std::getline(stat, text);
-            if (text.find(") T ") == text.npos)
+        for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/task"))
+            if (readTaskState(task.path()) != 'T')
                 return false;
-        }
         return true;
     }));
 }

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <support/TaskState.h>
 
 using namespace Corvane::Test;
 using testing::AllOf;
@@ -230,9 +231,8 @@ TEST_F(ProcmandSupervision, SignalsTheWholeProcessGroup)
 
     // Gone, or a zombie that nobody has waited for.
     EXPECT_TRUE(await([&] {
-        std::ifstream stat("/proc/" + std::to_string(child) + "/stat");
-        std::string text;
-        return !std::getline(stat, text) || text.find(") Z ") != text.npos;
+        const char taskState = readTaskState("/proc/" + std::to_string(child));
+        return taskState == '\0' || taskState == 'Z';
     }));
 }
 

@@ -2,8 +2,8 @@
 
 #include <atomic>
 #include <csignal>
-#include <fstream>
 #include <support/Await.h>
+#include <support/TaskState.h>
 #include <thread>
 
 namespace Corvane::Test
@@ -26,13 +26,7 @@ void PrintTo(const Death& death, std::ostream* stream)
 class DyingWindow : public DrivenProcess, public testing::WithParamInterface<Death>
 {
 protected:
-    bool isMainThreadAsleep() const
-    {
-        std::ifstream file("/proc/" + std::to_string(process.getPid()) + "/stat");
-        std::string text;
-        std::getline(file, text);
-        return text.find(") S ") != text.npos;
-    }
+    bool isMainThreadAsleep() const { return readTaskState("/proc/" + std::to_string(process.getPid())) == 'S'; }
     void expectAnnouncedDeath(Announcements& announcements)
     {
         EXPECT_EQ(announcements.untilGone(), std::vector<std::string>{changeOf("RUNNING", "ABORTED")});
