@@ -2,10 +2,10 @@
 
 #include <corvane/WindowExec.h>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <support/Await.h>
+#include <support/DriverThread.h>
 #include <support/TemporaryDirectory.h>
 
 namespace Corvane::Test
@@ -52,19 +52,6 @@ Holdings currentHoldings()
             .heap = mallinfo2().uordblks};
 }
 
-/// The input driver outlives its windows, and opens what it needs on its own thread, when that gets to it.
-bool isInputDriverAsleep()
-{
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        std::ifstream file(task.path() / "stat");
-        std::string text;
-        std::getline(file, text);
-        if (text.find("(InputDriver) S ") != text.npos)
-            return true;
-    }
-    return false;
-}
-
 void startAndStop()
 {
     std::string program = "cycle";
@@ -81,12 +68,13 @@ TEST(WindowApplicationCycle, ThousandTimesHoldsNoMoreThanTen)
     TemporaryRuntime runtime;
     for (std::size_t i = 0; i < WARM_UP; ++i)
         startAndStop();
-    ASSERT_TRUE(await(isInputDriverAsleep));
+    // The input driver outlives its windows, and opens what it needs on its own thread, when that gets to it.
+    ASSERT_TRUE(await(isDriverAsleep));
     const Holdings before = currentHoldings();
     for (std::size_t i = WARM_UP; i < CYCLES; ++i)
         startAndStop();
 
-    ASSERT_TRUE(await(isInputDriverAsleep));
+    ASSERT_TRUE(await(isDriverAsleep));
     // A thread that was joined stays in /proc for the moment that the kernel needs to take it down.
     EXPECT_TRUE(await([&] { return currentHoldings().threads <= before.threads; }));
     const Holdings after = currentHoldings();
