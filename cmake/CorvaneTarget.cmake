@@ -1,11 +1,21 @@
 # How every target of the project is compiled, in one place.
 
-# corvane_target(NAME): language level, warnings, hidden visibility and the sanitizers of this build.
+# corvane_target(NAME): language level, warnings, hidden visibility, the sanitizers of this build and what its processor
+# asks for.
 function(corvane_target name)
     target_compile_features(${name} PUBLIC cxx_std_20)
     set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden
                                              VISIBILITY_INLINES_HIDDEN ON)
     target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic $<$<BOOL:${CORVANE_WARNINGS_AS_ERRORS}>:-Werror>)
+    # On 32 bits, a file's length and its inode number need 64: what an application prints passes 2 GiB in time. Only these
+    # change their size, and no public header has them; the time stays as it is, for DirectFB's events hold one.
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+        target_compile_definitions(${name} PRIVATE _FILE_OFFSET_BITS=64)
+    endif()
+    # Without these tables, a back trace ends at the first function that throws nothing.
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
+        target_compile_options(${name} PRIVATE -funwind-tables)
+    endif()
     if(CORVANE_SANITIZERS)
         target_compile_options(${name} PRIVATE -fsanitize=${CORVANE_SANITIZERS} -fno-omit-frame-pointer)
         target_link_options(${name} PRIVATE -fsanitize=${CORVANE_SANITIZERS})

@@ -1,6 +1,12 @@
 # How every test program is built and registered, in one place.
 include(GoogleTest)
 
+# The tests that this build cannot run: ctest names them as not run, scripts/test tells the reasons besides.
+set(CORVANE_TESTS_NOT_RUN)
+if(CMAKE_CROSSCOMPILING_EMULATOR)
+    file(STRINGS ${PROJECT_SOURCE_DIR}/tests/not-run-in-the-emulator.txt CORVANE_TESTS_NOT_RUN REGEX "^[^# ]")
+endif()
+
 # corvane_test(NAME SOURCES file... [LIBRARIES library...] LABELS label... [ENVIRONMENT VAR=value...])
 # Every test of the program becomes a test of ctest with these labels, run in a process of its own. A test that needs
 # root carries the label "root" besides.
@@ -11,6 +17,7 @@ function(corvane_test name)
     endif()
     add_executable(${name} ${test_SOURCES})
     corvane_target(${name})
+    target_compile_options(${name} PRIVATE -O0) # compiled often, run for milliseconds: half the time to compile
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} corvane-test-support GTest::gmock GTest::gtest_main)
     if(CORVANE_SANITIZERS MATCHES thread)
         list(APPEND test_ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
@@ -21,7 +28,33 @@ function(corvane_test name)
     set(properties ${CMAKE_CURRENT_BINARY_DIR}/${name}-properties.cmake)
     file(WRITE ${properties} "if(${name}_TESTS)
     set_tests_properties(\${${name}_TESTS} PROPERTIES LABELS \"${test_LABELS}\" ENVIRONMENT \"${test_ENVIRONMENT}\")
+    set(not_run \"${CORVANE_TESTS_NOT_RUN}\")
+    foreach(test IN LISTS not_run)
+        if(test IN_LIST ${name}_TESTS)
+            set_tests_properties(\${test} PROPERTIES DISABLED TRUE)
+        endif()
+    endforeach()
 endif()
 ")
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${properties})
+endfunction()
+
+# corvane_test_programs(TEST TARGET...): programs of this build that a test starts. The test gets the path of hello-window
+# as HELLO_WINDOW, and so on. Where programs need an emulator it is the path of a script that starts the program there:
+# the kernel can start that, whoever asks for it.
+function(corvane_test_programs test)
+    foreach(program ${ARGN})
+        set(path $<TARGET_FILE:${program}>)
+        if(CMAKE_CROSSCOMPILING_EMULATOR)
+            list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+            set(path ${PROJECT_BINARY_DIR}/emulated/${program})
+            file(GENERATE OUTPUT ${path}
+                 CONTENT "#!/bin/sh\nexec ${emulator} -0 \"$0\" $<TARGET_FILE:${program}> \"$@\"\n"
+                 FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+        endif()
+        string(MAKE_C_IDENTIFIER ${program} name)
+        string(TOUPPER ${name} name)
+        target_compile_definitions(${test} PRIVATE ${name}="${path}")
+        add_dependencies(${test} ${program})
+    endforeach()
 endfunction()

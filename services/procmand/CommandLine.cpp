@@ -5,6 +5,7 @@
 #endif
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <cstdlib>
 
 namespace Procmand
@@ -21,7 +22,12 @@ void addSeconds(CLI::App& app, const std::string& name, Settings::Duration& valu
     std::ostringstream text;
     text << description << " (default: " << seconds << ")";
     app.add_option_function<double>(
-           name, [&value](double given) { value = Settings::Duration(static_cast<long>(given * 1000)); }, text.str())
+           name,
+           [&value](double given) {
+               // Not cut off: the product is a little too small here on one processor, there on another.
+               value = std::chrono::round<Settings::Duration>(std::chrono::duration<double>(given));
+           },
+           text.str())
         ->check(CLI::Range(0.001, 86400.0))
         ->take_last()
         ->option_text("SECONDS");

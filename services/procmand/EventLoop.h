@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <corvane/common/FileDescriptor.h>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
@@ -22,7 +23,7 @@ class EventLoop
 {
 public:
     using Task = std::function<void()>;
-    using Timer = unsigned long; ///< 0 is none
+    using Timer = std::uint64_t; ///< 0 is none; a number never comes back, however long the box runs
 
     explicit EventLoop(std::mutex& lock);
 

@@ -175,10 +175,10 @@ TEST_F(ProcmandCommands, DescribeTheProcessManagerWhole)
 
 TEST_F(ProcmandCommands, ProcmandTellsOfItsOptions)
 {
-    ChildProcess help({PROCMAND, "--help"});
+    ChildProcess help({CORVANE_PROCMAND, "--help"});
     EXPECT_EQ(help.wait().status, 0);
     for (const char* option : {"--keep-alive-deadline", "--restart-limit", "--state-folder", "--stop-applications"})
         EXPECT_THAT(help.getOutput(), HasSubstr(option));
-    ChildProcess wrong({PROCMAND, "--keep-alive-deadline", "soon"});
+    ChildProcess wrong({CORVANE_PROCMAND, "--keep-alive-deadline", "soon"});
     EXPECT_EQ(wrong.wait().status, 2);
 }

@@ -92,8 +92,9 @@ WithProcmand::~WithProcmand()
 
 void WithProcmand::startProcmand(const Words& options)
 {
-    Words command{PROCMAND, "--state-folder", state.getPath(), "--call-deadline", "1", "--terminate-deadline",
-                  "5",      "--compositor",   "memory"};
+    Words command{
+        CORVANE_PROCMAND, "--state-folder", state.getPath(), "--call-deadline", "1", "--terminate-deadline", "5",
+        "--compositor",   "memory"};
     command.insert(command.end(), options.begin(), options.end());
     procmand = std::make_unique<ChildProcess>(command, leavingSignalsToTheProgram());
     const auto serves = [] {

@@ -196,7 +196,7 @@ TEST_F(ProcmandLaunch, RunsAHundredApplicationsAtOnce)
 TEST_F(ProcmandLaunch, IsTheOnlyOneOfItsKind)
 {
     startProcmand();
-    ChildProcess second({PROCMAND, "--state-folder", state.getPath()});
+    ChildProcess second({CORVANE_PROCMAND, "--state-folder", state.getPath()});
 
     EXPECT_EQ(second.wait().status, 1);
     EXPECT_THAT(second.getError(), HasSubstr("a server that is alive listens on"));

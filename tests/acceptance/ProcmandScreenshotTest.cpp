@@ -281,12 +281,12 @@ TEST_F(ProcmandScreenshot, TellsWhyDirectFBDoesNotStartAndTheBoxGoesOn)
 
 TEST_F(ProcmandScreenshot, IsPrecededByACheckForPeople)
 {
-    ChildProcess works({PROCMAND, "--check-directfb"});
+    ChildProcess works({CORVANE_PROCMAND, "--check-directfb"});
     EXPECT_EQ(works.wait().status, 0);
     EXPECT_THAT(works.getOutput(), testing::EndsWith("DirectFB starts\n"));
 
     setenv("DFBARGS", "system=nosuch", 1);
-    ChildProcess fails({PROCMAND, "--check-directfb"});
+    ChildProcess fails({CORVANE_PROCMAND, "--check-directfb"});
     EXPECT_NE(fails.wait().status, 0); // it may die of a fault, too
     EXPECT_THAT(fails.getError(), HasSubstr("DirectFB/Core: Could not initialize"));
 }

@@ -8,22 +8,42 @@
 #   unit          asks systemd whether the unit of the process manager is sound; not run where systemd-analyze is missing
 #   directfb      builds and runs the consumer of the component directfb, by CMake and by pkg-config
 #   cursor        compares the installed picture of the mouse pointer with what its script draws
+# Where BUILD is for another processor, TOOLCHAIN names its toolchain file, FLAGS what its compiler needs, PKG_CONFIG_LIBDIR
+# where its packages are, and EMULATOR the words before a program that is started.
 set -euo pipefail
 step=$1 build=$2 work=$3 compiler=$4
 here=$(dirname "$(readlink -f "$0")")
 prefix=$work/moved
+read -ra emulator <<<"${EMULATOR:-}"
+read -ra flags <<<"${FLAGS:-}"
 
-expect_state() {
+run() {
+    "${emulator[@]}" "$@"
+}
+
+expect_state() { # PROGRAM
     local output
-    output=$("$@")
+    output=$(run "$1")
     echo "$output"
     grep -qx 'APP[0-9]* is LOADING' <<<"$output"
 }
 
 build_project() { # SOURCE NAME
     cmake -S "$1" -B "$work/$2" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix" \
+        ${TOOLCHAIN:+"-DCMAKE_TOOLCHAIN_FILE=$TOOLCHAIN" -DCMAKE_FIND_ROOT_PATH="$prefix"} \
         -DCMAKE_DISABLE_FIND_PACKAGE_simdjson=ON -DCMAKE_DISABLE_FIND_PACKAGE_jsoncpp=ON
     cmake --build "$work/$2"
+}
+
+compile_by_pkg_config() { # PACKAGE SOURCE PROGRAM
+    local found
+    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name "$1.pc")")
+    export PKG_CONFIG_PATH
+    # Headers of others are none of our warnings'.
+    read -ra found < <(pkg-config --cflags --libs "$1" | sed "s|-I\([^ ]*directfb\)|-isystem ${SYSROOT:-}\1|")
+    "$compiler" -std=c++20 "${flags[@]}" "$2" -o "$3" "${found[@]}"
+    LD_LIBRARY_PATH=$(pkg-config --variable=libdir corvane)
+    export LD_LIBRARY_PATH
 }
 
 # systemd-analyze ends with 0 after some of its complaints, and complains of other units as well.
@@ -45,17 +65,14 @@ find_package)
     expect_state "$work/consumer/consumer"
     ;;
 pkg-config)
-    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name corvane.pc)")
-    export PKG_CONFIG_PATH
-    read -ra flags < <(pkg-config --cflags --libs corvane)
-    "$compiler" -std=c++20 "$here/consumer/main.cpp" -o "$work/by-pkg-config" "${flags[@]}"
-    LD_LIBRARY_PATH=$(pkg-config --variable=libdir corvane) expect_state "$work/by-pkg-config"
+    compile_by_pkg_config corvane "$here/consumer/main.cpp" "$work/by-pkg-config"
+    expect_state "$work/by-pkg-config"
     ;;
 examples)
     build_project "$here/../../examples" examples
     ;;
 corvanectl)
-    "$prefix/bin/corvanectl" --help | grep -i corvanectl
+    run "$prefix/bin/corvanectl" --help | grep -i corvanectl
     ;;
 unit)
     if ! command -v systemd-analyze >/dev/null; then
@@ -78,14 +95,11 @@ unit)
     done
     ;;
 directfb)
-    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name corvane-directfb.pc)")
-    export PKG_CONFIG_PATH DFBARGS=system=dummy,no-banner,quiet,no-sighandler,disable-module=linux_input
+    export DFBARGS=system=dummy,no-banner,quiet,no-sighandler,disable-module=linux_input
     build_project "$here/directfb-consumer" directfb-consumer
-    "$work/directfb-consumer/directfb-consumer" | grep -x 'symbol 61451, pointer shown'
-    read -ra flags < <(pkg-config --cflags --libs corvane-directfb | sed 's/-I\([^ ]*directfb\)/-isystem \1/')
-    "$compiler" -std=c++20 "$here/directfb-consumer/main.cpp" -o "$work/directfb-by-pkg-config" "${flags[@]}"
-    LD_LIBRARY_PATH=$(pkg-config --variable=libdir corvane) "$work/directfb-by-pkg-config" |
-        grep -x 'symbol 61451, pointer shown'
+    run "$work/directfb-consumer/directfb-consumer" | grep -x 'symbol 61451, pointer shown'
+    compile_by_pkg_config corvane-directfb "$here/directfb-consumer/main.cpp" "$work/directfb-by-pkg-config"
+    run "$work/directfb-by-pkg-config" | grep -x 'symbol 61451, pointer shown'
     ;;
 cursor)
     "$here/../../assets/draw_cursor.py" "$work/drawn.png"

@@ -19,7 +19,7 @@ struct Patience {
     double seconds = 30;
 
     bool isWanted() const { return seconds > 0; }
-    std::chrono::milliseconds get() const { return std::chrono::milliseconds(static_cast<long>(seconds * 1000)); }
+    std::chrono::milliseconds get() const { return inMilliseconds(seconds); }
 };
 
 std::shared_ptr<Patience> addPatience(CLI::App& command)

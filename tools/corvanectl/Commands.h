@@ -11,15 +11,18 @@
 namespace Corvanectl
 {
 
+/// @return the nearest whole number, not the next lower one: 0.29 s are 290 ms on every processor
+inline std::chrono::milliseconds inMilliseconds(double seconds)
+{
+    return std::chrono::round<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+}
+
 /// What holds for every command.
 struct Options {
     bool json = false;
     double timeoutSeconds = 5;
 
-    std::chrono::milliseconds getTimeout() const
-    {
-        return std::chrono::milliseconds(static_cast<long>(timeoutSeconds * 1000));
-    }
+    std::chrono::milliseconds getTimeout() const { return inMilliseconds(timeoutSeconds); }
 };
 
 /// The command cannot be carried out as it was given; nothing was sent.

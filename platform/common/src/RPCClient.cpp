@@ -101,7 +101,7 @@ const std::string& RPCClient::getServerName() const
 std::string RPCClient::call(const std::string& method, const std::string& parameters,
                             std::chrono::milliseconds deadline)
 {
-    return caller->call(serverName, method, parameters, RPCLink::Clock::now() + deadline);
+    return caller->call(serverName, method, parameters, RPCLink::deadlineAfter(deadline));
 }
 
 void RPCClient::subscribe(std::vector<std::string> patterns, NotificationHandler onNotification,
@@ -110,7 +110,7 @@ void RPCClient::subscribe(std::vector<std::string> patterns, NotificationHandler
     if (subscription)
         throw RPCError(RPCError::Reason::CALL_FAILED, RETURN_INVALID_STATE, "this client has subscribed already");
     subscription = std::make_unique<Subscription>(serverName, patterns, std::move(onNotification),
-                                                  std::move(onConnection), RPCLink::Clock::now() + deadline);
+                                                  std::move(onConnection), RPCLink::deadlineAfter(deadline));
 }
 
 std::vector<std::string> RPCClient::listServers()

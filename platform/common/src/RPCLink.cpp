@@ -54,6 +54,12 @@ FileDescriptor connectTo(const std::string& serverName, RPCLink::Clock::time_poi
 
 } // namespace
 
+RPCLink::Clock::time_point RPCLink::deadlineAfter(std::chrono::milliseconds patience)
+{
+    constexpr std::chrono::milliseconds LONGEST = std::chrono::years(1);
+    return Clock::now() + std::min(patience, LONGEST);
+}
+
 RPCLink::RPCLink(const std::string& serverName, Clock::time_point deadline) : socket(connectTo(serverName, deadline)) {}
 
 bool RPCLink::isClosed() const

@@ -54,6 +54,19 @@ TEST_F(RPCClientCall, EndsAtItsDeadlineAndTheNextOneGetsItsOwnAnswer)
     EXPECT_EQ(client.call("ITest::echo", R"({"text":"mine"})", DEADLINE), "\"mine\"");
 }
 
+TEST_F(RPCClientCall, MayHaveADeadlineThatStandsForNever)
+{
+    RPCClient client("TEST");
+    for (const std::chrono::milliseconds never :
+         {std::chrono::milliseconds(std::chrono::hours(1'000'000)), std::chrono::milliseconds::max()}) {
+        std::jthread other([&] { client.call("ITest::hold", "{}", never); });
+        bool ignored{};
+        ASSERT_TRUE(server.held.take(ignored));
+        std::jthread releaser([&] { server.release.put(true); });
+        EXPECT_EQ(client.call("ITest::count", "{}", never), "null");
+    }
+}
+
 TEST_F(RPCClientCall, WaitsForItsTurnNoLongerThanItsDeadline)
 {
     RPCClient client("TEST");

@@ -1,5 +1,6 @@
 #include "OutputFiles.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <support/TemporaryDirectory.h>
@@ -49,6 +50,22 @@ TEST_F(OutputFilesTest, GiveRoomBackAndKeepTheEnd)
     EXPECT_EQ(files.readTail("token"), std::string(4096, 'y'));
     print("z");
     EXPECT_EQ(files.readTail("token"), std::string(4095, 'y') + "z") << "its writer goes on";
+}
+
+TEST_F(OutputFilesTest, MayPassTwoGibibytes)
+{
+    constexpr std::uintmax_t LENGTH = std::uintmax_t{1} << 31;
+    std::filesystem::resize_file(folder.getPath() + "/output/token.err", LENGTH - 1);
+    print(std::string(1024 * 1024, 'x'));
+    print(std::string(4096, 'y'));
+    files.trim();
+
+    EXPECT_EQ(files.readTail("token"), std::string(4096, 'y'));
+    struct stat status {
+    };
+    ASSERT_EQ(fstat(error.get(), &status), 0);
+    EXPECT_LE(status.st_blocks * 512, 256 * 1024);
+    EXPECT_GE(static_cast<std::uintmax_t>(status.st_size), LENGTH);
 }
 
 TEST_F(OutputFilesTest, AreNotForOthersAndGoWithTheirApplication)
