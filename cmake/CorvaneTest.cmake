@@ -7,6 +7,12 @@ if(CMAKE_CROSSCOMPILING_EMULATOR)
     file(STRINGS ${PROJECT_SOURCE_DIR}/tests/not-run-in-the-emulator.txt CORVANE_TESTS_NOT_RUN REGEX "^[^# ]")
 endif()
 
+# corvane_test_options(TARGET): test code is compiled often and runs for milliseconds, so not optimising it saves half the
+# time of a build.
+function(corvane_test_options target)
+    target_compile_options(${target} PRIVATE -O0)
+endfunction()
+
 # corvane_test(NAME SOURCES file... [LIBRARIES library...] LABELS label... [ENVIRONMENT VAR=value...])
 # Every test of the program becomes a test of ctest with these labels, run in a process of its own. A test that needs
 # root carries the label "root" besides.
@@ -17,8 +23,9 @@ function(corvane_test name)
     endif()
     add_executable(${name} ${test_SOURCES})
     corvane_target(${name})
-    target_compile_options(${name} PRIVATE -O0) # compiled often, run for milliseconds: half the time to compile
-    target_link_libraries(${name} PRIVATE ${test_LIBRARIES} corvane-test-support GTest::gmock GTest::gtest_main)
+    corvane_test_options(${name})
+    target_link_libraries(${name} PRIVATE ${test_LIBRARIES} corvane-test-support GTest::gtest_main)
+    target_precompile_headers(${name} REUSE_FROM corvane-test-support)
     if(CORVANE_SANITIZERS MATCHES thread)
         list(APPEND test_ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
     endif()
@@ -40,21 +47,32 @@ endif()
 endfunction()
 
 # corvane_test_programs(TEST TARGET...): programs of this build that a test starts. The test gets the path of hello-window
-# as HELLO_WINDOW, and so on. Where programs need an emulator it is the path of a script that starts the program there:
-# the kernel can start that, whoever asks for it.
+# as HELLO_WINDOW, and so on.
 function(corvane_test_programs test)
     foreach(program ${ARGN})
-        set(path $<TARGET_FILE:${program}>)
-        if(CMAKE_CROSSCOMPILING_EMULATOR)
-            list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
-            set(path ${PROJECT_BINARY_DIR}/emulated/${program})
-            file(GENERATE OUTPUT ${path}
-                 CONTENT "#!/bin/sh\nexec ${emulator} -0 \"$0\" $<TARGET_FILE:${program}> \"$@\"\n"
-                 FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
-        endif()
         string(MAKE_C_IDENTIFIER ${program} name)
         string(TOUPPER ${name} name)
+        corvane_startable_path(path ${program})
         target_compile_definitions(${test} PRIVATE ${name}="${path}")
         add_dependencies(${test} ${program})
     endforeach()
+endfunction()
+
+# corvane_startable_path(VARIABLE TARGET): the path by which any process of this machine can start the program. Where
+# programs need an emulator that is a script that starts it there, under its own name.
+function(corvane_startable_path variable program)
+    if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
+        set(${variable} $<TARGET_FILE:${program}> PARENT_SCOPE)
+        return()
+    endif()
+    set(script ${PROJECT_BINARY_DIR}/emulated/${program})
+    set(${variable} ${script} PARENT_SCOPE)
+    get_target_property(has_script ${program} CORVANE_HAS_SCRIPT)
+    if(NOT has_script)
+        list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+        file(GENERATE OUTPUT ${script}
+             CONTENT "#!/bin/sh\nexec ${emulator} -0 \"$0\" $<TARGET_FILE:${program}> \"$@\"\n"
+             FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+        set_target_properties(${program} PROPERTIES CORVANE_HAS_SCRIPT TRUE)
+    endif()
 endfunction()

@@ -19,10 +19,15 @@ foreach(tool AR NM OBJCOPY RANLIB READELF STRIP)
     set(CMAKE_${tool} ${made}/tools/bin/${compiler_triplet}-${name})
 endforeach()
 
-# Programs find their loader and their libraries in the folder, so that the machine needs none of the target's.
+# What is tested here finds its loader and the target's libraries in the folder, so that this machine needs none of them.
+# What a box gets, a build without tests, finds those of the box.
 set(folders ${CMAKE_SYSROOT}/lib/${triplet}:${CMAKE_SYSROOT}/usr/lib/${triplet})
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,--dynamic-linker=${CMAKE_SYSROOT}/${loader},--disable-new-dtags,-rpath=${folders}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-Wl,-rpath-link=${folders}")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,-rpath-link=${folders}")
+if(NOT DEFINED CORVANE_BUILD_TESTS OR CORVANE_BUILD_TESTS)
+    set(CMAKE_SHARED_LINKER_FLAGS_INIT "-Wl,--disable-new-dtags,-rpath=${folders}")
+    set(CMAKE_EXE_LINKER_FLAGS_INIT "${CMAKE_SHARED_LINKER_FLAGS_INIT},--dynamic-linker=${CMAKE_SYSROOT}/${loader}")
+endif()
 
 set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_SYSROOT}/usr/lib/${triplet}/pkgconfig:${CMAKE_SYSROOT}/usr/share/pkgconfig)
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${CMAKE_SYSROOT})

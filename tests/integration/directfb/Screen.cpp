@@ -1,5 +1,6 @@
 #include "Screen.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 
@@ -12,6 +13,15 @@ namespace
 IDirectFB* theDirectFB = nullptr;
 IDirectFBDisplayLayer* theLayer = nullptr;
 
+/// Ends the program: of tests that find no screen, gtest would say that they were skipped.
+void require(DFBResult result, const char* call)
+{
+    if (result == DFB_OK)
+        return;
+    std::fprintf(stderr, "%s: %s\n", call, DirectFBErrorString(result));
+    std::exit(EXIT_FAILURE);
+}
+
 class Environment : public ::testing::Environment
 {
 public:
@@ -20,13 +30,13 @@ public:
         setenv("DFBARGS",
                "system=dummy,no-banner,quiet,no-sighandler,disable-module=linux_input,mode=640x480,pixelformat=ARGB",
                0);
-        ASSERT_EQ(DirectFBInit(nullptr, nullptr), DFB_OK);
-        ASSERT_EQ(DirectFBCreate(&theDirectFB), DFB_OK);
-        ASSERT_EQ(theDirectFB->GetDisplayLayer(theDirectFB, DLID_PRIMARY, &theLayer), DFB_OK);
-        ASSERT_EQ(theLayer->SetCooperativeLevel(theLayer, DLSCL_ADMINISTRATIVE), DFB_OK);
-        ASSERT_EQ(theLayer->SetBackgroundColor(theLayer, 0x20, 0x40, 0x60, 0xFF), DFB_OK);
-        ASSERT_EQ(theLayer->SetBackgroundMode(theLayer, DLBM_COLOR), DFB_OK);
-        ASSERT_EQ(theLayer->EnableCursor(theLayer, 1), DFB_OK);
+        require(DirectFBInit(nullptr, nullptr), "DirectFBInit");
+        require(DirectFBCreate(&theDirectFB), "DirectFBCreate");
+        require(theDirectFB->GetDisplayLayer(theDirectFB, DLID_PRIMARY, &theLayer), "GetDisplayLayer");
+        require(theLayer->SetCooperativeLevel(theLayer, DLSCL_ADMINISTRATIVE), "SetCooperativeLevel");
+        require(theLayer->SetBackgroundColor(theLayer, 0x20, 0x40, 0x60, 0xFF), "SetBackgroundColor");
+        require(theLayer->SetBackgroundMode(theLayer, DLBM_COLOR), "SetBackgroundMode");
+        require(theLayer->EnableCursor(theLayer, 1), "EnableCursor");
     }
 
     void TearDown() override

@@ -190,7 +190,7 @@ public:
         pthread_getattr_default_np(&attributes);
         pthread_attr_getstacksize(&attributes, &size);
         constexpr std::size_t PAGE_MASK = 0xffff;
-        pthread_attr_setstacksize(&attributes, (std::size_t(-1) / 4) & ~PAGE_MASK);
+        pthread_attr_setstacksize(&attributes, (std::size_t(-1) / 8 * 7) & ~PAGE_MASK);
         pthread_setattr_default_np(&attributes);
         pthread_attr_destroy(&attributes);
     }
