@@ -1,158 +1,83 @@
 #!/usr/bin/env python3
-"""Compares the binary interface of classes with their goldens.
+"""Compares the binary interface with its goldens.
 
-    check_abi.py slots   PROBES GOLDEN...    virtual operations in slot order
-    check_abi.py members PROBES GOLDEN...    bases and members in declaration order
+    check_abi.py slots      PROBES  GOLDEN...   a class's virtual operations in slot order
+    check_abi.py members    PROBES  GOLDEN...   a class's bases and members in declaration order
+    check_abi.py layout     HEADERS GOLDEN      size and offsets of every class of the public headers
+    check_abi.py operations HEADERS GOLDEN      slots of every virtual operation of these classes
+    check_abi.py complete   HEADERS GOLDEN      whether the golden of a layout knows every class that a header defines
+    check_abi.py symbols    LIBRARY GOLDEN      what a shared library exports
+    check_abi.py --update layout|operations|symbols FOUND GOLDEN   writes the golden
 
-PROBES is the path, without extension, of what g++ made of probes.cpp: .class (its class dump), .s (assembly) and .o (with
-debug information). GOLDEN is golden/slots/CLASS.txt or golden/members/CLASS.txt.
+PROBES and HEADERS are paths, without extension, of what g++ made of a source file: .class (its class dump), .s
+(assembly) and .o (with debug information). The goldens of slots and members state a rule, so only people write them.
 """
 import difflib
-import functools
 import pathlib
-import re
-import subprocess
 import sys
 
+sys.dont_write_bytecode = True
+import layout
+import probes
+import symbols
+from names import is_64_bit, without_size_t
 
-def fail(message):
-    sys.exit(f"check_abi.py: {message}")
+KINDS = {"slots": probes.slots, "members": probes.members, "layout": layout.layout, "operations": layout.operations,
+         "symbols": symbols.symbols}
+FOR_ALL_PROCESSORS = ("operations", "symbols")
 
 
 def golden_lines(path):
     return [line for line in path.read_text().splitlines() if line and not line.startswith("#")]
 
 
-# ---- slots
+def elf_file(kind, found):
+    return found if kind == "symbols" else found.with_suffix(".o")
 
 
-def readable(symbol):
-    """What one slot points to, without its class: "setOpacity(unsigned int)"."""
-    if re.search(r"D1Ev$", symbol):
-        return "complete destructor"
-    if re.search(r"D0Ev$", symbol):
-        return "deleting destructor"
-    text = subprocess.run(["c++filt", symbol], check=True, capture_output=True, text=True).stdout.strip()
-    text = text.replace("std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >", "std::string")
-    name, rest = re.fullmatch(r"(.*?)(\(.*)", text.replace("[abi:cxx11]", "")).groups()
-    return name.rsplit("::", 1)[-1] + rest.replace("Corvane::", "")
-
-
-def emitted_slots(probes, probe):
-    """The table as it stands in the compiled code, up to the probe's own first operation."""
-    symbols, in_table, in_slots = [], False, False
-    for line in probes.with_suffix(".s").read_text().splitlines():
-        if line == f"_ZTV{len(probe)}{probe}:":
-            in_table = True
-        entry = re.match(r"\s+\.(?:quad|long|word|xword|4byte|8byte)\s+(\S+)", line)
-        if not in_table or not entry:
-            continue
-        if "endOfTable" in entry[1]:
-            return [readable(symbol) for symbol in symbols]
-        if in_slots:
-            symbols.append(entry[1])
-        in_slots = in_slots or entry[1].startswith("_ZTI")
-    fail(f"{probes}.s has no table of {probe}")
-
-
-def dumped_names(probes, probe):
-    """The same table by the compiler's class dump, which tells names only."""
-    text = probes.with_suffix(".class").read_text()
-    table = re.search(rf"^Vtable for {probe}\n(.*?)::endOfTable$", text, re.MULTILINE | re.DOTALL)
-    if not table:
-        fail(f"{probes}.class has no table of {probe}")
-    return re.findall(r"\)[\w:<>]*?::(~?\w+)$", table[1].split("_ZTI", 1)[1], re.MULTILINE)
-
-
-def slots(class_name, probes):
-    result = emitted_slots(probes, f"{class_name}Probe")
-    names = [re.sub(r"\(.*", "", slot) for slot in result]
-    dumped = ["destructor" if name.startswith("~") else name for name in dumped_names(probes, f"{class_name}Probe")]
-    if [re.sub(r".* destructor", "destructor", name) for name in names] != dumped:
-        fail(f"the class dump and the compiled table of {class_name} differ:\n{dumped}\n{names}")
-    return result
-
-
-# ---- members
-
-
-@functools.cache
-def read_debug_entries(probes):
-    """{offset: (tag, {attribute: value}, [offsets of children])} of the object's debug information."""
-    output = subprocess.run(["readelf", "--wide", "--debug-dump=info", probes.with_suffix(".o")], check=True,
-                            capture_output=True, text=True).stdout
-    entries, parents, current = {}, {}, None
-    for line in output.splitlines():
-        entry = re.match(r"\s*<(\w+)><(\w+)>: Abbrev Number: \d+ \((DW_TAG_\w+)\)", line)
-        if entry:
-            depth, current = int(entry[1], 16), entry[2]
-            entries[current] = (entry[3], {}, [])
-            parents[depth] = current
-            if depth:
-                entries[parents[depth - 1]][2].append(current)
-            continue
-        attribute = re.match(r"\s*<\w+>\s+(DW_AT_\w+)\s*: (?:\(\w+\) )?(?:\(.*?\): )?(?:<0x(\w+)>|(.*?)\s*$)", line)
-        if attribute and current:
-            entries[current][1][attribute[1]] = attribute[2] or attribute[3]
-    return entries
-
-
-BASE_TYPES = {("5", "4"): "int32", ("7", "4"): "uint32", ("8", "1"): "uint8", ("2", "1"): "bool", ("6", "1"): "char",
-              ("5", "8"): "int64", ("7", "8"): "uint64"}
-
-
-def type_name(entries, offset):
-    """A type in short: "int32", "char**", "Window*", "vector"."""
-    tag, attributes, _ = entries[offset]
-    if tag in ("DW_TAG_typedef", "DW_TAG_const_type"):
-        if attributes.get("DW_AT_name") in ("string", "ReturnCode"):
-            return attributes["DW_AT_name"]
-        return type_name(entries, attributes["DW_AT_type"])
-    if tag == "DW_TAG_pointer_type":
-        return type_name(entries, attributes["DW_AT_type"]) + "*"
-    if tag == "DW_TAG_base_type":
-        return BASE_TYPES[attributes["DW_AT_encoding"].split()[0], attributes["DW_AT_byte_size"]]
-    name = attributes["DW_AT_name"].split("<")[0]
-    return "string" if name == "basic_string" else name
-
-
-def members(class_name, probes):
-    entries = read_debug_entries(probes)
-    found = [entry for entry in entries.values() if entry[0] in ("DW_TAG_class_type", "DW_TAG_structure_type")
-             and entry[1].get("DW_AT_name") in (class_name, f"{class_name}<int>")
-             and "DW_AT_declaration" not in entry[1]]
-    if len(found) != 1:
-        fail(f"{len(found)} classes are called {class_name} in {probes}.o")
-    result, positions = [], []
-    for tag, attributes, _ in (entries[child] for child in found[0][2]):
-        if tag == "DW_TAG_inheritance":
-            virtual = "virtual " if "DW_AT_virtuality" in attributes else ""
-            result.append(f"{virtual}base {type_name(entries, attributes['DW_AT_type'])}")
-        elif tag == "DW_TAG_member" and "DW_AT_data_member_location" in attributes \
-                and not attributes["DW_AT_name"].startswith("_vptr"):
-            result.append(f"{attributes['DW_AT_name']}: {type_name(entries, attributes['DW_AT_type'])}")
-            positions.append(int(attributes["DW_AT_data_member_location"]))
-    if positions != sorted(positions):
-        fail(f"the members of {class_name} do not lie in the order of their declaration: {positions}")
-    return result
-
-
-def check(kind, probes, golden):
-    """Whether the class that the golden is named after is as the golden says."""
-    expected = golden_lines(golden)
-    actual = {"slots": slots, "members": members}[kind](golden.stem, probes)
+def check(kind, found, golden):
+    """Whether what was found is as the golden says."""
+    expected, actual = golden_lines(golden), KINDS[kind](golden.stem, found)
+    if kind in FOR_ALL_PROCESSORS:
+        expected = without_size_t(expected, elf_file(kind, found))
+    if kind == "symbols":
+        expected.sort()
     if expected and expected == actual:
-        print(f"{golden.stem}: {len(actual)} {kind} as in the golden")
+        print(f"{golden.stem}: {len(actual)} lines of {kind} as in the golden")
         return True
     print("\n".join(difflib.unified_diff(expected, actual, str(golden), "as compiled", lineterm="")))
-    print(f"{golden.stem}: the {kind} are not those of the golden")
+    print(f"{golden.stem}: {kind} not as in the golden")
     return False
 
 
+def check_complete(headers, golden):
+    """Whether the golden of a layout has every class of the headers, templates that nothing instantiates included."""
+    names, lines = layout.classes_of_headers(headers), golden_lines(golden)
+    missing = [name for name in names if not layout.is_known(name, lines)]
+    for name in missing:
+        print(f"{golden.stem}: no golden for {name}, which a public header defines")
+    print(f"{golden.stem}: {len(names)} classes are defined in public headers")
+    return bool(names) and not missing
+
+
+def update(kind, found, golden):
+    """Writes the golden anew; its comment stays."""
+    if kind in FOR_ALL_PROCESSORS and not is_64_bit(elf_file(kind, found)):
+        sys.exit(f"The {kind} of all processors are written from a 64-bit build: others do not tell what a size_t is.")
+    comment = [line for line in golden.read_text().splitlines() if line.startswith("#")] if golden.exists() else []
+    golden.parent.mkdir(parents=True, exist_ok=True)
+    golden.write_text("\n".join(comment + KINDS[kind](golden.stem, found)) + "\n")
+
+
 def main():
-    kind, probes, goldens = sys.argv[1], pathlib.Path(sys.argv[2]), [pathlib.Path(path) for path in sys.argv[3:]]
-    results = [check(kind, probes, golden) for golden in goldens]
+    if sys.argv[1] == "--update":
+        return update(sys.argv[2], *map(pathlib.Path, sys.argv[3:]))
+    kind, found, *goldens = sys.argv[1], *map(pathlib.Path, sys.argv[2:])
+    results = [check_complete(found, one) if kind == "complete" else check(kind, found, one) for one in goldens]
     sys.exit(0 if results and all(results) else 1)
 
 
-main()
+try:
+    main()
+except ValueError as error:
+    sys.exit(f"check_abi.py: {error}")
