@@ -1,5 +1,8 @@
 # How every target of the project is compiled, in one place.
 
+# The libraries that a release compiles for size, because that makes none of them slower: docs/footprint.md has the figures.
+set(CORVANE_SMALL_TARGETS corvane-input corvane-procman corvane-directfb)
+
 # corvane_target(NAME): language level, warnings, hidden visibility, the sanitizers of this build and what its processor
 # asks for.
 function(corvane_target name)
@@ -16,6 +19,13 @@ function(corvane_target name)
     if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
         target_compile_options(${name} PRIVATE -funwind-tables)
     endif()
+    # What a box gets has no code that nothing reaches. The everyday builds keep it, and link faster.
+    set(optimisation -O2)
+    if(name IN_LIST CORVANE_SMALL_TARGETS)
+        set(optimisation -Os)
+    endif()
+    target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:${optimisation};-ffunction-sections;-fdata-sections>)
+    target_link_options(${name} PRIVATE $<$<CONFIG:Release>:-Wl,--gc-sections>)
     if(CORVANE_SANITIZERS)
         target_compile_options(${name} PRIVATE -fsanitize=${CORVANE_SANITIZERS} -fno-omit-frame-pointer)
         target_link_options(${name} PRIVATE -fsanitize=${CORVANE_SANITIZERS})

@@ -13,11 +13,11 @@ function(corvane_test_options target)
     target_compile_options(${target} PRIVATE -O0)
 endfunction()
 
-# corvane_test(NAME SOURCES file... [LIBRARIES library...] LABELS label... [ENVIRONMENT VAR=value...])
+# corvane_test(NAME SOURCES file... [LIBRARIES library...] LABELS label... [ENVIRONMENT VAR=value...] [FIXTURE name])
 # Every test of the program becomes a test of ctest with these labels, run in a process of its own. A test that needs
 # root carries the label "root" besides.
 function(corvane_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT")
+    cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT;FIXTURE" "SOURCES;LIBRARIES;LABELS;ENVIRONMENT")
     if(NOT test_TIMEOUT)
         set(test_TIMEOUT 120)
     endif()
@@ -34,7 +34,8 @@ function(corvane_test name)
     # Lists do not survive gtest_discover_tests; they do in a file that ctest reads once it knows the tests.
     set(properties ${CMAKE_CURRENT_BINARY_DIR}/${name}-properties.cmake)
     file(WRITE ${properties} "if(${name}_TESTS)
-    set_tests_properties(\${${name}_TESTS} PROPERTIES LABELS \"${test_LABELS}\" ENVIRONMENT \"${test_ENVIRONMENT}\")
+    set_tests_properties(\${${name}_TESTS} PROPERTIES LABELS \"${test_LABELS}\" ENVIRONMENT \"${test_ENVIRONMENT}\"
+                         FIXTURES_REQUIRED \"${test_FIXTURE}\")
     set(not_run \"${CORVANE_TESTS_NOT_RUN}\")
     foreach(test IN LISTS not_run)
         if(test IN_LIST ${name}_TESTS)

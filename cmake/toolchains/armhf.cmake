@@ -5,4 +5,5 @@ set(triplet arm-linux-gnueabihf)
 set(compiler_triplet arm-linux-gnueabihf)
 set(loader lib/ld-linux-armhf.so.3)
 include(${CMAKE_CURRENT_LIST_DIR}/sysroot.cmake)
-set(CMAKE_CROSSCOMPILING_EMULATOR ${made}/tools/qemu-arm-static -L ${CMAKE_SYSROOT})
+# Its option -L is not used: libraries are found without it, and it would show programs the sysroot as the folder "/".
+set(CMAKE_CROSSCOMPILING_EMULATOR ${made}/tools/qemu-arm-static)

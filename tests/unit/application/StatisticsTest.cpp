@@ -87,6 +87,64 @@ TEST_F(Statistics, AreRightAcrossAWrapOfTheClocks)
     EXPECT_EQ(loadAt(7 * WRAP + 3, 3 * WRAP + 1), 50u);
 }
 
+TEST_F(Statistics, AreRightJustBeforeAtAndJustPastTheWrapOfTheWallClock)
+{
+    loadAt(WRAP - 101, 0);
+    EXPECT_EQ(loadAt(WRAP - 1, 10), 10u);
+    EXPECT_EQ(loadAt(WRAP, 11), 100u);
+    EXPECT_EQ(loadAt(WRAP + 1, 12), 100u);
+}
+
+TEST_F(Statistics, AreRightJustBeforeAtAndJustPastTheWrapOfTheProcessorTime)
+{
+    loadAt(10 * SECOND, WRAP - 101);
+    EXPECT_EQ(loadAt(10 * SECOND + 400, WRAP - 1), 25u);
+    EXPECT_EQ(loadAt(10 * SECOND + 404, WRAP), 25u);
+    EXPECT_EQ(loadAt(10 * SECOND + 408, WRAP + 1), 25u);
+}
+
+TEST_F(Statistics, AreRightWhereBothClocksWrapAtOnce)
+{
+    loadAt(WRAP - 4, WRAP - 1);
+    EXPECT_EQ(loadAt(WRAP, WRAP), 25u);
+    EXPECT_EQ(loadAt(WRAP + 1, WRAP + 1), 100u);
+}
+
+// Half the range: where a product or a sum that was computed with a sign would leave it.
+TEST_F(Statistics, AreRightWhereASignedNumberWouldOverflow)
+{
+    constexpr std::uint64_t HALF = WRAP / 2;
+    loadAt(HALF - 4, HALF / 2, HALF / 2 - 1);
+    EXPECT_EQ(loadAt(HALF, HALF / 2, HALF / 2), 25u);
+    EXPECT_EQ(loadAt(HALF + 4, HALF / 2 + 1, HALF / 2 + 1), 50u);
+    // The product: 21.47 s of processor time.
+    EXPECT_EQ(loadAt(HALF + 4 + 21'474'837, HALF + 2 + 21'474'837), 100u);
+}
+
+TEST_F(Statistics, AreRightToTheLastSecondOfA32BitTime)
+{
+    constexpr std::uint64_t LAST = std::uint64_t{0x7FFFFFFF} * SECOND;
+    loadAt(LAST - SECOND, LAST - SECOND / 2);
+    EXPECT_EQ(loadAt(LAST + 999'999, LAST + 500'000), 50u);
+}
+
+TEST_F(Statistics, AreOfWhatIsLeftOfAnIntervalBeyondTheRange)
+{
+    loadAt(10 * SECOND, 0);
+    // The longest intervals of 71.6 minutes; exactly 2^32 microseconds would divide by zero.
+    EXPECT_EQ(loadAt(10 * SECOND + WRAP - 96, 42'949'672), 1u) << "4,294,967,200 of 4,294,967,200";
+    EXPECT_EQ(loadAt(10 * SECOND + 2 * WRAP - 97, 2 * 42'949'672), 0u) << "4,294,967,200 of 4,294,967,295";
+    EXPECT_EQ(loadAt(10 * SECOND + 3 * WRAP - 96, 2 * 42'949'672 + 7), 700u) << "700 of 1";
+}
+
+TEST_F(Statistics, WrapTheProductWhereBothClocksWrapToo)
+{
+    loadAt(WRAP - SECOND, WRAP - SECOND);
+    EXPECT_EQ(loadAt(WRAP + 49 * SECOND, WRAP - SECOND + 42'949'672), 85u);
+    loadAt(2 * WRAP - 1, 2 * WRAP - SECOND);
+    EXPECT_EQ(loadAt(2 * WRAP + 1, 2 * WRAP - SECOND + 42'949'673), 2u) << "4,294,967,300 is 4, of 2";
+}
+
 TEST_F(Statistics, WrapWhereUserAndSystemTimeTogetherPassTheEnd)
 {
     loadAt(10 * SECOND, WRAP - 1, 1);
