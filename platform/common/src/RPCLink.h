@@ -15,9 +15,8 @@ class RPCLink
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// @return the end of a wait that begins now; after a year at the latest, so that a deadline that stands for
-    /// "never"
-    ///         fits into the clock, and into the seconds of a 32-bit system
+    /// The end of a wait that begins now. No wait is longer than a year, so that a deadline that stands for "never"
+    /// fits into the clock, and into the seconds of a 32-bit system.
     static Clock::time_point deadlineAfter(std::chrono::milliseconds patience);
 
     /// Connects. @throws RPCError  NO_SERVER, TIMED_OUT, BAD_ADDRESS, SYSTEM_FAILURE
