@@ -25,7 +25,7 @@ struct System {
 std::atomic<System*> mocked = nullptr;
 
 template <class Function>
-Function* findReal(Function&, const char* name)
+Function* findReal(Function*, const char* name)
 {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
