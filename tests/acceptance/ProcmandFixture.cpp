@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <corvane/common/RPCError.h>
-#include <corvane/foundation/Deserializer.h>
 #include <corvane/foundation/Serializer.h>
 #include <csignal>
 #include <filesystem>
-#include <sstream>
+#include <nlohmann/json.hpp>
 #include <support/TaskState.h>
 
 namespace Corvane::Test
@@ -26,22 +25,15 @@ std::string payloadOf(const std::string& announcement)
     return announcement.substr(announcement.find(' ') + 1);
 }
 
-/// One member as text, of whatever kind it is.
-std::optional<std::string> readMember(const std::string& name, const Deserializer& deserializer)
+std::map<std::string, std::string> readMembers(const nlohmann::json& object)
 {
-    try {
-        return deserializer.readString(name);
-    } catch (const SerialError&) {
-    }
-    try {
-        return std::to_string(deserializer.readUnsigned(name));
-    } catch (const SerialError&) {
-    }
-    try {
-        return deserializer.readBoolean(name) ? "true" : "false";
-    } catch (const SerialError&) {
-        return std::nullopt;
-    }
+    std::map<std::string, std::string> members;
+    for (const auto& [name, value] : object.items())
+        if (value.is_string())
+            members[name] = value.get<std::string>();
+        else if (value.is_number() || value.is_boolean())
+            members[name] = value.dump();
+    return members;
 }
 
 } // namespace
@@ -179,10 +171,9 @@ std::string WithProcmand::launchQuietVictim(const std::string& more)
 
 std::map<std::string, std::string> WithProcmand::find(const std::string& uid)
 {
-    std::istringstream lines(corvanectl({"ps", "--json"}).output);
-    for (std::string line; std::getline(lines, line);)
-        if (auto members = readMembers(line); members["uid"] == uid)
-            return members;
+    for (const nlohmann::json& application : nlohmann::json::parse(call("IApplicationManager::getApplications")))
+        if (application["uid"] == uid)
+            return readMembers(application);
     return {};
 }
 
@@ -230,12 +221,7 @@ std::string write(std::initializer_list<std::pair<std::string, std::string>> mem
 
 std::map<std::string, std::string> readMembers(const std::string& json)
 {
-    Deserializer deserializer(json);
-    std::map<std::string, std::string> members;
-    for (const std::string& name : deserializer.getMemberNames())
-        if (const auto value = readMember(name, deserializer))
-            members[name] = *value;
-    return members;
+    return readMembers(nlohmann::json::parse(json));
 }
 
 } // namespace Corvane::Test

@@ -175,16 +175,18 @@ TEST_F(ProcmandLaunch, RunsAHundredApplicationsAtOnce)
             call("IApplicationManager::launch", R"({"applicationType":"demo","program":")" HELLO_WINDOW R"("})");
         uids.push_back(result.substr(1, result.size() - 2));
     }
-    const auto countOf = [](const std::string& text) {
-        const std::string output = corvanectl({"ps", "--json"}).output;
-        std::size_t count = 0;
-        for (std::size_t at = output.find(text); at != output.npos; at = output.find(text, at + 1))
-            ++count;
-        return count;
+    const auto findTrouble = [] {
+        std::istringstream lines(corvanectl({"ps", "--json"}).output);
+        std::string others;
+        int count = 0;
+        for (std::string line; std::getline(lines, line); ++count)
+            if (line.find(R"("state":"RUNNING","hasServer":true)") == line.npos)
+                others += line + "\n";
+        return count == COUNT ? others : others + std::to_string(count) + " in all";
     };
-    EXPECT_TRUE(
-        await([&] { return countOf(R"("state":"RUNNING","hasServer":true)") == COUNT; }, std::chrono::seconds(60)))
-        << countOf(R"("state":"RUNNING","hasServer":true)");
+    EXPECT_TRUE(await([&] { return findTrouble().empty(); }, std::chrono::seconds(60))) << findTrouble();
+    for (const char* failure : {"onLaunchFailure", "onEnd"})
+        EXPECT_EQ(announcements.count({failure}), 0U) << announcements.take({failure});
     for (const std::string& uid : uids)
         call("IApplicationManager::stop", write({{"uid", uid}}));
     EXPECT_TRUE(await([&] { return announcements.count({"IApplicationManager::onStop "}) == COUNT; },
