@@ -14,6 +14,10 @@ inline constexpr char ANSWER[] = R"({"jsonrpc":"2.0","id":17,"result":null})"
 /// Serves `path` in this process until it is killed: epoll, receive, send the answer; no parsing, no checks.
 [[noreturn]] void runBareServer(const std::string& path);
 
+/// The same, but with what no control server can leave out: before it answers it parses the message, parses the
+/// parameters once more and changes the signal mask twice. What is parsed is not looked at.
+[[noreturn]] void runStrictServer(const std::string& path);
+
 /// Runs a window application in this process until it is killed; its control server is named "APPbenchmark".
 [[noreturn]] void runWindowServer();
 
