@@ -246,20 +246,34 @@ std::string messageOfThread(int thread, int line)
 /// Prints LINES lines from each of THREADS threads and about as many from a signal handler that interrupts them.
 void printFromThreadsAndSignalHandler()
 {
+    // The handler waits for the reader of the pipe. So it must interrupt nobody who holds the lock of the heap, which
+    // the reader may need: the threads neither start nor end while there are signals, and allocate nothing in between.
+    std::atomic<int> startedThreads{0};
+    std::atomic<bool> signalsAreOver{false};
     std::vector<std::thread> writers;
     for (int i = 0; i < THREADS; ++i) {
-        writers.emplace_back([i] {
+        writers.emplace_back([&, i] {
+            std::vector<std::string> messages;
             for (int line = 0; line < LINES; ++line)
-                corvaneDebugPrint(DEBUG_ERROR, "Thread", "writer", i, "%s", messageOfThread(i, line).c_str());
-            // Threads that have ended cannot be interrupted.
-            while (signalLines < LINES)
+                messages.push_back(messageOfThread(i, line));
+            ++startedThreads;
+            for (const std::string& message : messages)
+                corvaneDebugPrint(DEBUG_ERROR, "Thread", "writer", i, "%s", message.c_str());
+            while (!signalsAreOver)
                 std::this_thread::yield();
+            sigset_t late;
+            sigemptyset(&late);
+            sigaddset(&late, SIGUSR1);
+            pthread_sigmask(SIG_BLOCK, &late, nullptr);
         });
     }
+    while (startedThreads < THREADS)
+        std::this_thread::yield();
     while (signalLines < LINES) {
         for (std::thread& writer : writers)
             pthread_kill(writer.native_handle(), SIGUSR1);
     }
+    signalsAreOver = true;
     for (std::thread& writer : writers)
         writer.join();
 }
