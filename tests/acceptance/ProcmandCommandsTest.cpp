@@ -7,6 +7,7 @@ using namespace Corvane::Test;
 using testing::AllOf;
 using testing::ContainsRegex;
 using testing::HasSubstr;
+using testing::IsSupersetOf;
 using testing::MatchesRegex;
 using testing::StartsWith;
 
@@ -39,6 +40,9 @@ TEST_F(ProcmandCommands, LaunchAndTellTheUid)
     EXPECT_THAT(corvanectl({"ps"}).output,
                 AllOf(HasSubstr("UID"), ContainsRegex(uid + "  [0-9]+ +RUNNING +- +3 +[0-9.]+ % +[0-9]+ kB +"
                                                             "00:00:[0-9][0-9] +0 +")));
+    const std::map<std::string, std::string> members{{"uid", uid},          {"phase", "running"}, {"state", "RUNNING"},
+                                                     {"hasServer", "true"}, {"zOrder", "3"},      {"restart", "never"}};
+    EXPECT_THAT(readMembers(corvanectl({"ps", "--json"}).output), IsSupersetOf(members));
     EXPECT_THAT(corvanectl({"windows"}).output, ContainsRegex(uid + " +3 +yes +99 +1,2,30,40 +-"));
 
     EXPECT_EQ(corvanectl({"focus", uid}).status, 0);
