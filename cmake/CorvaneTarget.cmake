@@ -10,6 +10,11 @@ function(corvane_target name)
     set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden
                                              VISIBILITY_INLINES_HIDDEN ON)
     target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic $<$<BOOL:${CORVANE_WARNINGS_AS_ERRORS}>:-Werror>)
+    # Where a preset has several files of a program compiled at once, each of them is an included one; the warning is about
+    # classes in those that use what is in an unnamed namespace.
+    if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        target_compile_options(${name} PRIVATE -Wno-subobject-linkage)
+    endif()
     # On 32 bits, a file's length and its inode number need 64: what an application prints passes 2 GiB in time. Only these
     # change their size, and no public header has them; the time stays as it is, for DirectFB's events hold one.
     if(CMAKE_SIZEOF_VOID_P EQUAL 4)
@@ -47,5 +52,7 @@ function(corvane_library name alias)
     corvane_target(${name})
     set_target_properties(${name} PROPERTIES EXPORT_NAME ${alias} VERSION ${PROJECT_VERSION}
                                              SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+    # The libraries are compiled as a box compiles them; their files also have constants of the same names.
+    set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
     install(TARGETS ${name} EXPORT ${export})
 endfunction()

@@ -10,6 +10,18 @@
 namespace Corvane::Test
 {
 
+// The names of the states.
+inline const std::string UNINITIALIZED = ILifecycleManagement::STATE_UNINITIALIZED;
+inline const std::string LOADING = ILifecycleManagement::STATE_LOADING;
+inline const std::string RUNNING = ILifecycleManagement::STATE_RUNNING;
+inline const std::string SUSPENDING = ILifecycleManagement::STATE_SUSPENDING;
+inline const std::string SUSPENDED = ILifecycleManagement::STATE_SUSPENDED;
+inline const std::string RESUMING = ILifecycleManagement::STATE_RESUMING;
+inline const std::string TERMINATING = ILifecycleManagement::STATE_TERMINATING;
+inline const std::string TERMINATED = ILifecycleManagement::STATE_TERMINATED;
+inline const std::string ABORTED = ILifecycleManagement::STATE_ABORTED;
+inline const std::string RUNAWAY = ILifecycleManagement::STATE_RUNAWAY;
+
 /// What `main` gets.
 class ProgramArguments
 {

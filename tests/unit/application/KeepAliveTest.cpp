@@ -19,9 +19,6 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const std::string RUNNING = ILifecycleManagement::STATE_RUNNING;
-const std::string TERMINATED = ILifecycleManagement::STATE_TERMINATED;
-
 /// The loop of a plain application. Delays are noted in the listener's record.
 class RunLoop : public ApplicationTest
 {

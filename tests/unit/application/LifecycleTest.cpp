@@ -12,16 +12,6 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const std::string UNINITIALIZED = ILifecycleManagement::STATE_UNINITIALIZED;
-const std::string LOADING = ILifecycleManagement::STATE_LOADING;
-const std::string RUNNING = ILifecycleManagement::STATE_RUNNING;
-const std::string SUSPENDING = ILifecycleManagement::STATE_SUSPENDING;
-const std::string SUSPENDED = ILifecycleManagement::STATE_SUSPENDED;
-const std::string RESUMING = ILifecycleManagement::STATE_RESUMING;
-const std::string TERMINATING = ILifecycleManagement::STATE_TERMINATING;
-const std::string TERMINATED = ILifecycleManagement::STATE_TERMINATED;
-const std::string ABORTED = ILifecycleManagement::STATE_ABORTED;
-const std::string RUNAWAY = ILifecycleManagement::STATE_RUNAWAY;
 const std::vector<std::string> STATES{UNINITIALIZED, LOADING,    RUNNING, SUSPENDING, SUSPENDED,     RESUMING,
                                       TERMINATING,   TERMINATED, ABORTED, RUNAWAY,    "AUTHOR'S OWN"};
 

@@ -14,7 +14,6 @@ namespace
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr unsigned int SESSION = 7;
 constexpr int NOTHING_THROWN = -1;
 
 const char SHAPE_FAILED[] = "init: IDirectFBDisplayLayer::SetCursorShape failed!";

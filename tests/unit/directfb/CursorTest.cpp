@@ -11,8 +11,6 @@ namespace
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr unsigned int SESSION = 7;
-
 /// A cursor on a layer where everything works; `dfb.calls` begins empty after init().
 class DFBCursorTest : public ::testing::Test
 {

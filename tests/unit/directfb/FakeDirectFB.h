@@ -8,6 +8,9 @@
 namespace Corvane::Test
 {
 
+/// The session that a cursor is asked about. It has one picture for all of them, so any number will do.
+constexpr unsigned int SESSION = 7;
+
 /// What is common to the fakes of one test: the calls that were made, in order, and the results that were ordered.
 ///
 /// DirectFB's interfaces are structures of function pointers. A fake derives from one and fills in the operations that

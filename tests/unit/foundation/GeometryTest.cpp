@@ -1,4 +1,5 @@
 #include "ProblemOf.h"
+#include "RecordingDeserializer.h"
 #include <climits>
 #include <corvane/interfaces/ICursor.h>
 #include <corvane/interfaces/ISurfaceCompositing.h>
@@ -25,27 +26,6 @@ void expectRect(const Rect& rect, int x, int y, unsigned int width, unsigned int
     EXPECT_EQ(rect.getWidth(), width);
     EXPECT_EQ(rect.getHeight(), height);
 }
-
-class RecordingDeserializer : public Deserializer
-{
-public:
-    using Deserializer::Deserializer;
-    void enterMember(const std::string& key) override
-    {
-        calls.push_back("enter " + key);
-        Deserializer::enterMember(key);
-    }
-    void leaveMember(const std::string& key) override
-    {
-        calls.push_back("leave " + key);
-        if (failsToLeave)
-            throw std::runtime_error("cannot leave");
-        Deserializer::leaveMember(key);
-    }
-
-    std::vector<std::string> calls;
-    bool failsToLeave = false;
-};
 
 const char LOCATION[] = R"({"location":{"height":4,"width":3,"y":-2,"x":1},"x":99})";
 

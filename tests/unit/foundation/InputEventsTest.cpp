@@ -18,7 +18,7 @@ using Buttons = MouseEvent::Buttons;
 using Movement = MouseEvent::Movement;
 using Position = MouseEvent::Position;
 
-std::shared_ptr<InputEvent> read(const std::string& event)
+std::shared_ptr<InputEvent> readEvent(const std::string& event)
 {
     Deserializer deserializer("{\"event\":" + event + ",\"after\":1}");
     std::shared_ptr<InputEvent> result = createSerialObject<InputEvent>("event", deserializer);
@@ -28,7 +28,7 @@ std::shared_ptr<InputEvent> read(const std::string& event)
 
 std::string problemOfEvent(const std::string& event)
 {
-    return problemOf([&] { read(event); });
+    return problemOf([&] { readEvent(event); });
 }
 
 const std::string NO_BUTTONS = R"("buttons":{"isLeftPressed":false,"isMiddlePressed":false,"isRightPressed":false,)"
@@ -114,11 +114,12 @@ TEST(InputEvents, AMouseIsWrittenWithWhatItHas)
 
 TEST(InputEvents, AreCreatedOfTheClassThatTheirTypeNames)
 {
-    const auto key = std::dynamic_pointer_cast<KeyEvent>(read(R"({"type":"KeyEvent","keyCode":28,"pressed":true})"));
+    const auto key =
+        std::dynamic_pointer_cast<KeyEvent>(readEvent(R"({"type":"KeyEvent","keyCode":28,"pressed":true})"));
     const auto ascii =
-        std::dynamic_pointer_cast<AsciiEvent>(read(R"({"pressed":false,"asciiCode":255,"type":"AsciiEvent"})"));
+        std::dynamic_pointer_cast<AsciiEvent>(readEvent(R"({"pressed":false,"asciiCode":255,"type":"AsciiEvent"})"));
     const auto mouse =
-        std::dynamic_pointer_cast<MouseEvent>(read(R"({"type":"MouseEvent","position":{"x":-1,"y":2}})"));
+        std::dynamic_pointer_cast<MouseEvent>(readEvent(R"({"type":"MouseEvent","position":{"x":-1,"y":2}})"));
 
     ASSERT_TRUE(key && ascii && mouse);
     EXPECT_EQ(key->getKeyCode(), 28U);
@@ -143,17 +144,18 @@ TEST(InputEvents, ComeBackAsTheyWereWritten)
     const AsciiEvent ascii(0, true);
     for (const InputEvent* event : {static_cast<const InputEvent*>(&mouse), static_cast<const InputEvent*>(&key),
                                     static_cast<const InputEvent*>(&ascii)}) {
-        EXPECT_EQ(read(event->serialize())->serialize(), event->serialize());
+        EXPECT_EQ(readEvent(event->serialize())->serialize(), event->serialize());
         EXPECT_EQ(event->clone()->serialize(), event->serialize());
     }
 }
 
 TEST(InputEvents, AMouseMayLeaveOutWhatIsFalseOrZero)
 {
-    EXPECT_EQ(read(R"({"type":"MouseEvent"})")->serialize(), MouseEvent(Buttons()).serialize());
-    EXPECT_EQ(read(R"({"type":"MouseEvent","movement":{"deltaZ":-1},"buttons":{"hasRightChanged":true}})")->serialize(),
-              MouseEvent(Buttons(false, false, false, false, false, true), Movement(0, 0, -1)).serialize());
-    EXPECT_EQ(read(R"({"type":"MouseEvent","position":{}})")->serialize(),
+    EXPECT_EQ(readEvent(R"({"type":"MouseEvent"})")->serialize(), MouseEvent(Buttons()).serialize());
+    EXPECT_EQ(
+        readEvent(R"({"type":"MouseEvent","movement":{"deltaZ":-1},"buttons":{"hasRightChanged":true}})")->serialize(),
+        MouseEvent(Buttons(false, false, false, false, false, true), Movement(0, 0, -1)).serialize());
+    EXPECT_EQ(readEvent(R"({"type":"MouseEvent","position":{}})")->serialize(),
               MouseEvent(Buttons(), Position(0, 0)).serialize());
 }
 

@@ -1,4 +1,5 @@
 #include "ProblemOf.h"
+#include "RecordingDeserializer.h"
 #include <corvane/foundation/MapObject.h>
 #include <gtest/gtest.h>
 #include <json/reader.h>
@@ -20,46 +21,6 @@ using IntegerMap = MapObject<int>;
 using NestedMap = MapObject<MapObject<int>>;
 using Calls = std::vector<std::string>;
 using Integers = std::map<std::string, int>;
-
-/// Notes which operations are called, in which order.
-class RecordingDeserializer : public Deserializer
-{
-public:
-    using Deserializer::Deserializer;
-
-    void enterMember(const std::string& key) override
-    {
-        calls.push_back("enter " + key);
-        Deserializer::enterMember(key);
-    }
-    void leaveMember(const std::string& key) override
-    {
-        calls.push_back("leave " + key);
-        Deserializer::leaveMember(key);
-    }
-    std::vector<std::string> getMemberNames() override
-    {
-        calls.push_back("names");
-        return Deserializer::getMemberNames();
-    }
-    std::size_t getMemberCount() override
-    {
-        calls.push_back("count");
-        return Deserializer::getMemberCount();
-    }
-    void beginMember(std::size_t index) override
-    {
-        calls.push_back("begin " + std::to_string(index));
-        Deserializer::beginMember(index);
-    }
-    void endMember(std::size_t index) override
-    {
-        calls.push_back("end " + std::to_string(index));
-        Deserializer::endMember(index);
-    }
-
-    Calls calls;
-};
 
 /// Its count says something else than its list of names.
 class LyingDeserializer : public Deserializer

@@ -9,7 +9,7 @@ namespace Procmand
 namespace
 {
 
-using Settings = Corvane::ISurfaceManagement::CreationSettings;
+using CreationSettings = Corvane::ISurfaceManagement::CreationSettings;
 using testing::ElementsAre;
 
 constexpr unsigned int HIGHEST = std::numeric_limits<unsigned int>::max();
@@ -19,7 +19,7 @@ class WindowStackTest : public testing::Test
 protected:
     unsigned int add(const std::string& uid, unsigned int zOrder = 0)
     {
-        return stack.add(uid, Settings(0, {0, 0, 10, 10}, zOrder, 255, true)).index;
+        return stack.add(uid, CreationSettings(0, {0, 0, 10, 10}, zOrder, 255, true)).index;
     }
     /// The uids with their z-orders, from the back to the front.
     std::vector<std::string> order() const
@@ -135,7 +135,7 @@ TEST_F(WindowStackTest, StacksAtTheEndsOfTheNumbersByOrderAlone)
 
 TEST_F(WindowStackTest, KeepsTheOpacityInItsRange)
 {
-    const unsigned int a = stack.add("a", Settings(0, {0, 0, 1, 1}, 0, 300, true)).index;
+    const unsigned int a = stack.add("a", CreationSettings(0, {0, 0, 1, 1}, 0, 300, true)).index;
     EXPECT_EQ(stack.find(a)->opacity, 255U);
     stack.setOpacity(a, 7);
     EXPECT_EQ(stack.find(a)->opacity, 7U);
