@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <mutex>
@@ -12,6 +13,7 @@
 #include <support/Await.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <umockdev-1.0/umockdev.h>
 #include <unistd.h>
 
@@ -366,3 +368,15 @@ bool MockDevice::hasUnread() const
 }
 
 } // namespace Corvane::Test
+
+// In the place of the mock library's, which it calls. That one answers whether a file is part of the mock machine from
+// buffers that all threads share: of two that ask at once, libudev in the driver and libudev in the mock library
+// itself, one may be told that a device is none.
+extern "C" __attribute__((visibility("default"))) int fstatfs64(int descriptor, struct statfs64* status) noexcept
+{
+    using Function = int (*)(int, struct statfs64*);
+    static const auto MOCKED = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "fstatfs64"));
+    static std::mutex mutex;
+    std::lock_guard guard(mutex);
+    return MOCKED(descriptor, status);
+}
