@@ -191,9 +191,11 @@ private:
 
 int MockDevice::Answers::onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, void* answers)
 {
+    // The device may be destroyed as soon as it has answered: what it answers with is held, not only looked at.
+    const std::shared_ptr<Answers> held = *static_cast<std::shared_ptr<Answers>*>(answers);
     const gulong request = umockdev_ioctl_client_get_request(client);
     std::vector<unsigned char> data(_IOC_SIZE(request));
-    const long result = (*static_cast<std::shared_ptr<Answers>*>(answers))->answer(request, data);
+    const long result = held->answer(request, data);
     UMockdevIoctlData* const argument =
         umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, data.size(), nullptr);
     if (result >= 0 && argument != nullptr && _IOC_DIR(request) == _IOC_READ)
