@@ -150,15 +150,16 @@ TEST_F(ProcmandSupervision, AsksARunawayToTakeThatState)
 
 TEST_F(ProcmandSupervision, DoesNotTakeItsOwnPauseForTheSilenceOfTheApplications)
 {
-    startProcmand({"--keep-alive-deadline", "1"});
+    // On a busy machine an application takes its time until it first says something.
+    startProcmand({"--keep-alive-deadline", "4"});
     const std::vector<std::string> uids = launchVictims(8);
     procmand->sendSignal(SIGSTOP);
     // This much time must pass; what the applications say in it waits to be read.
-    ChildProcess({"sleep", "2.5"}).wait();
+    ChildProcess({"sleep", "5.5"}).wait();
     procmand->sendSignal(SIGCONT);
 
-    // Keep-alives of two more deadlines.
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    // Keep-alives of one more deadline.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(4);
     while (std::chrono::steady_clock::now() < end)
         for (const std::string& uid : uids)
             ASSERT_NE(announcements.take({"IApplication::onKeepAlive", uid}), "");
