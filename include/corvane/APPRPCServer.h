@@ -66,6 +66,7 @@ public:
     virtual std::string authorizationTokenCreation(const IRPC::RPCSynchronousMethodObject& request);
     virtual std::string authorizationTokenDeletion(const IRPC::RPCSynchronousMethodObject& request);
 
+    using RPCServer::endCalls;
     using RPCServer::waitForHandler;
 
 protected:

@@ -43,7 +43,8 @@ public:
     /// A window whose state is a terminated one when this ends may be destroyed at once: this has waited for an event
     /// and a remote call that the window was handling, and no further one comes. Any other window outlives the
     /// WindowExec.
-    /// @throws whatever a step throws, after one debug line for a `std::exception`
+    /// @throws whatever a step throws, after one debug line for a `std::exception`. The window may be destroyed then,
+    ///         whatever its state: it gets no input any more, and the control server refuses all calls.
     void run(Window* window);
 
     /// Passes the event to the window; called on the input driver's thread. @return 0
@@ -51,6 +52,8 @@ public:
 
 private:
     void connectInput(unsigned int sessionIndex);
+    void disconnectInput();
+    void letGo();
 
     [[maybe_unused]] int argc;    ///< kept, not read again
     [[maybe_unused]] char** argv; ///< kept, not read again

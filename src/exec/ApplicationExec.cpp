@@ -41,10 +41,10 @@ void ApplicationExec::run(Application* application)
             server->waitForHandler();
     } catch (const std::exception& e) {
         corvaneDebugPrint(DEBUG_ERROR, TAG, TAG, __LINE__, "caught exception: %s", e.what());
-        stopServer();
+        endCalls();
         throw;
     } catch (...) {
-        stopServer();
+        endCalls();
         throw;
     }
 }
@@ -57,12 +57,12 @@ void ApplicationExec::bringUpServer(Service* service)
     server->init();
 }
 
-void ApplicationExec::stopServer()
+void ApplicationExec::endCalls()
 {
     // The exception destroys the service on its way out, and what failed has reached no terminated state that would
-    // keep a call away from it.
+    // keep a call away from it. The managers still hear how it ends.
     if (server != nullptr)
-        server->shutdown();
+        server->endCalls();
 }
 
 } // namespace Corvane

@@ -19,31 +19,6 @@ constexpr const char* TAG = "WindowExec";
 /// because the log analysis of the boxes finds this report by tag and line.
 constexpr int FAILURE_LINE = 96;
 
-/// Ends the input of a window whose main loop has ended, in whatever way, if its state is a terminated one: the window
-/// may be destroyed then, and its control server has let go of it, too.
-class InputEnd
-{
-public:
-    InputEnd(MultiInputDriver& driver, IWindowEvent::IInputEventListener& listener, Window& window)
-        : driver(driver), listener(listener), window(window)
-    {
-    }
-    ~InputEnd()
-    {
-        // Deliberate: the driver's own operation, past the virtual table. The one removal that a driver sees which
-        // overrides it is that of the listener's destructor.
-        if (ILifecycleManagement::isApplicationTerminated(window.getState()))
-            driver.MultiInputDriver::removeInputEventListener(&listener);
-    }
-    InputEnd(const InputEnd&) = delete;
-    InputEnd& operator=(const InputEnd&) = delete;
-
-private:
-    MultiInputDriver& driver;
-    IWindowEvent::IInputEventListener& listener;
-    Window& window;
-};
-
 } // namespace
 
 WindowExec::WindowExec(int argc, char** argv)
@@ -75,19 +50,32 @@ void WindowExec::run(Window* window)
         server = new APPRPCServer(window);
         server->init();
         window->init();
-        MultiInputDriver* const driver = Singleton<InputDriver>::getInstance<MultiInputDriver>();
-        inputDriver = driver;
+        inputDriver = Singleton<InputDriver>::getInstance<MultiInputDriver>();
         const ISurfaceManagement::CreationSettings settings = window->getLaunchParameters().getCompositingParameters();
-        const InputEnd end(*driver, *this, *window);
         connectInput(settings.getSessionIndex());
         window->run();
-        // The caller may destroy its window as soon as this returns; a handler may still be at work on it, the one
-        // that ended the main loop above all.
+        // The caller may destroy its window as soon as this returns, if that has terminated. A handler may still be at
+        // work on it, the one that ended the main loop above all.
+        if (ILifecycleManagement::isApplicationTerminated(window->getState()))
+            disconnectInput();
         server->waitForHandler();
     } catch (const std::exception& e) {
         corvaneDebugPrint(DEBUG_ERROR, TAG, TAG, FAILURE_LINE, "catched exception: %s", e.what());
+        letGo();
+        throw;
+    } catch (...) {
+        letGo();
         throw;
     }
+}
+
+void WindowExec::letGo()
+{
+    // The exception destroys the window on its way out, and what failed may have reached no terminated state that would
+    // keep a call away from it. The managers still hear how it ends.
+    disconnectInput();
+    if (server != nullptr)
+        server->endCalls();
 }
 
 void WindowExec::connectInput(unsigned int sessionIndex)
@@ -100,6 +88,14 @@ void WindowExec::connectInput(unsigned int sessionIndex)
     inputDriver->enableMouse();
     inputDriver->enableKeyboard();
     inputDriver->enableIr();
+}
+
+void WindowExec::disconnectInput()
+{
+    // Deliberate: the driver's own operation, past the virtual table. The one removal that a driver sees which
+    // overrides it is that of the destructor.
+    if (inputDriver != nullptr)
+        static_cast<MultiInputDriver*>(inputDriver)->MultiInputDriver::removeInputEventListener(this);
 }
 
 int WindowExec::onInputEvent(const IWindowEvent::InputEvent& event)

@@ -46,6 +46,11 @@ void RPCServer::waitForHandler()
     transport->waitForHandler();
 }
 
+void RPCServer::endCalls()
+{
+    transport->endCalls();
+}
+
 std::string RPCServer::getFixedRPCAddress() const
 {
     return RPCAddress::socketPath(name);

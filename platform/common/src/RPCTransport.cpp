@@ -121,6 +121,12 @@ void RPCTransport::waitForHandler()
         std::lock_guard guard(handlerMutex);
 }
 
+void RPCTransport::endCalls()
+{
+    std::lock_guard guard(handlerMutex);
+    takesCalls = false;
+}
+
 void RPCTransport::notify(std::string_view name, std::string_view payload)
 {
     if (subscribers.load() == 0)
@@ -239,6 +245,10 @@ std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage
 {
     if (call.interface.empty() && (call.method == "rpc.subscribe" || call.method == "rpc.unsubscribe"))
         return handleSubscription(connection, call);
+    if (!takesCalls)
+        return call.expectsReply
+                   ? RPCMessage::errorReply(call.id, RPCErrorObject::CALL_FAILED, "the server takes no calls any more")
+                   : std::string();
     // The application's code: if it faults, that is announced.
     const SignalMask mask(SIG_SETMASK, SignalMask::asynchronousSignals());
     return server.handleCall(call);

@@ -43,6 +43,8 @@ public:
 
     /// Waits until no message is being handled; returns at once on the transport's own thread.
     void waitForHandler();
+    /// Waits as above; no handler is called after it. Not from the transport's thread.
+    void endCalls();
 
 private:
     int thread() override;
@@ -72,6 +74,7 @@ private:
     std::atomic<pthread_t> ownThread{};
 
     Mutex handlerMutex;
+    bool takesCalls = true; ///< guarded by `handlerMutex`
     Mutex connectionsMutex;
     std::map<int, std::unique_ptr<RPCConnection>> connections; ///< by socket
     std::atomic<unsigned int> subscribers{0}; ///< connections with a subscription; read without the lock

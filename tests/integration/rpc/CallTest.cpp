@@ -53,6 +53,21 @@ TEST_F(RPCCall, WithoutIdIsCarriedOutAndNotAnswered)
     EXPECT_EQ(server.counted, 1);
 }
 
+TEST_F(RPCCall, IsRefusedOnceTheServerHasEndedItsCallsAndSubscribersAreStillTold)
+{
+    RawClient client = connect();
+    server.endCalls();
+
+    EXPECT_EQ(client.call(callOf("ITest::count")),
+              R"({"jsonrpc":"2.0","id":1,"error":{"code":-32000,"message":"the server takes no calls any more"}})");
+    client.send("{\"jsonrpc\":\"2.0\",\"method\":\"ITest::count\"}\n");
+    EXPECT_EQ(client.call(callOf("rpc.subscribe", R"(,"params":{"notifications":["*"]})")),
+              R"({"jsonrpc":"2.0","id":1,"result":null})");
+    server.notifyRing(1);
+    EXPECT_EQ(client.receiveLine(), R"({"jsonrpc":"2.0","method":"ITest::onRing","params":{"number":1}})");
+    EXPECT_EQ(server.counted, 0);
+}
+
 TEST_F(RPCCall, ToAnUnknownInterfaceOrMethodIsAnError)
 {
     RawClient client = connect();

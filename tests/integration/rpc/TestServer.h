@@ -31,6 +31,7 @@ public:
     std::string throwNumber(const IRPC::RPCSynchronousMethodObject& request);
 
     void notifyRing(unsigned int number);
+    using RPCServer::endCalls;
 
     std::atomic<int> counted{0};
     Mailbox<bool> held;    ///< gets a value when `hold` begins

@@ -20,6 +20,7 @@ namespace
 {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 
 constexpr const char* TOKEN = R"({"authAttrInternal":"{}","token":7})";
@@ -154,25 +155,34 @@ using Step = std::function<void()> SteppingApplication::*;
 
 class FailingStep : public ApplicationExecTest, public testing::WithParamInterface<Step>
 {
+protected:
+    /// @return what a call is answered with; nothing when it succeeds
+    static std::string refusal()
+    {
+        try {
+            RPCClient("APPu1").call("IApplication::getState");
+        } catch (const RPCError& error) {
+            return error.what();
+        }
+        return {};
+    }
 };
 
-TEST_P(FailingStep, IsReportedInOneLineAndPassedOnWithTheServerDown)
+TEST_P(FailingStep, IsReportedInOneLineAndPassedOnWithTheCallsEnded)
 {
     service.*GetParam() = [] { throw std::runtime_error("no sound card"); };
     CapturedOutput error;
     ApplicationExec exec;
     std::string caught;
-    std::vector<std::string> found;
 
     try {
         exec.run(&service);
     } catch (const std::runtime_error& e) {
         caught = e.what();
-        found = servers();
     }
 
     EXPECT_EQ(caught, "no sound card");
-    EXPECT_THAT(found, IsEmpty());
+    EXPECT_EQ(refusal(), "the server takes no calls any more");
     const std::vector<DebugLine> lines = error.getDebugLines();
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].message, "caught exception: no sound card");
@@ -201,7 +211,28 @@ TEST_P(FailingStep, ThatThrowsAnythingElsePassesOnWithoutALine)
     EXPECT_THROW(exec.run(&service), Exception);
 
     EXPECT_THAT(error.getDebugLines(), IsEmpty());
-    EXPECT_THAT(servers(), IsEmpty());
+    EXPECT_EQ(refusal(), "the server takes no calls any more");
+}
+
+TEST_P(FailingStep, IsFollowedByTheEndWhichTheManagersHear)
+{
+    uid.back() = '2';
+    Mailbox<std::string> heard;
+    ApplicationExec exec;
+    RPCClient client("APPu2");
+    {
+        SteppingService mortal(2, arguments.data());
+        mortal.*GetParam() = [&] {
+            client.subscribe({"IApplication::onStateChange"},
+                             [&](const std::string&, const std::string& payload) { heard.put(payload); });
+            throw Exception(RETURN_INVALID_STATE);
+        };
+        EXPECT_THROW(exec.run(&mortal), Exception);
+    }
+
+    std::string payload;
+    ASSERT_TRUE(heard.take(payload));
+    EXPECT_THAT(payload, EndsWith(R"("newState":"TERMINATED"})"));
 }
 
 INSTANTIATE_TEST_SUITE_P(, FailingStep,

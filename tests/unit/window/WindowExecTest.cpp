@@ -225,6 +225,42 @@ TEST_F(WindowExecTest, PassesAnyOtherExceptionOnWithoutALine)
     EXPECT_TRUE(error.getDebugLines().empty());
 }
 
+TEST_F(WindowExecTest, RefusesCallsToAWindowThatFailed)
+{
+    window.failure = [] { throw Exception(RETURN_INVALID_STATE); };
+    WindowExec exec(0, nullptr);
+    EXPECT_THROW(exec.run(&window), Exception);
+
+    std::string refusal;
+    try {
+        RPCClient("APPu1").call("IApplication::getState");
+    } catch (const RPCError& error) {
+        refusal = error.what();
+    }
+
+    EXPECT_EQ(refusal, "the server takes no calls any more");
+}
+
+TEST_F(WindowExecTest, LetsTheManagersHearTheEndOfAWindowThatFailed)
+{
+    Mailbox<std::string> heard;
+    WindowExec exec(0, nullptr);
+    RPCClient client("APPu2");
+    {
+        ExecutedWindow mortal({"program", "--application-type=player", "--authorization-token=u2"});
+        mortal.failure = [&] {
+            client.subscribe({"IApplication::onStateChange"},
+                             [&](const std::string&, const std::string& payload) { heard.put(payload); });
+            throw std::runtime_error("no surface");
+        };
+        EXPECT_THROW(exec.run(&mortal), std::runtime_error);
+    }
+
+    std::string payload;
+    ASSERT_TRUE(heard.take(payload));
+    EXPECT_EQ(payload, R"({"uid":"u2","oldState":"UNINITIALIZED","newState":"TERMINATED"})");
+}
+
 TEST_F(WindowExecTest, ReportsAServerThatCannotComeUpAndTakesNoDriver)
 {
     const unsigned int references = RecordingDriver::getReferences();
@@ -265,7 +301,11 @@ TEST_F(WindowExecTest, SharesOneDriverWithAnotherAndDestroysItWithTheLast)
     EXPECT_EQ(RecordingDriver::getReferences(), 0U);
 }
 
-TEST_F(WindowExecTest, WaitsForAHandlerThatRunsWhenTheMainLoopHasEnded)
+class EndedMainLoop : public WindowExecTest, public ::testing::WithParamInterface<bool>
+{
+};
+
+TEST_P(EndedMainLoop, IsFollowedByAWaitForTheHandlerThatRuns)
 {
     /// Hears of the change that the remote call makes, on the server's thread, and stays in that call.
     RecordingWindowListener listener("a");
@@ -287,15 +327,24 @@ TEST_F(WindowExecTest, WaitsForAHandlerThatRunsWhenTheMainLoopHasEnded)
         bool ignored = false;
         inHandler.take(ignored);
         mayEnd.put(true);
+        if (GetParam())
+            throw std::runtime_error("no picture");
     };
     WindowExec exec(0, nullptr);
 
-    exec.run(&window);
+    try {
+        exec.run(&window);
+    } catch (const std::runtime_error&) {
+        EXPECT_TRUE(GetParam());
+    }
 
     EXPECT_TRUE(handlerDone);
     caller.join();
     window.TestWindow::removeListener(&listener);
 }
+
+INSTANTIATE_TEST_SUITE_P(, EndedMainLoop, ::testing::Bool(),
+                         [](const auto& info) { return std::string(info.param ? "ByAnException" : "ByItsReturn"); });
 
 TEST_F(WindowExecTest, NamesTheProcessInItsDebugOutput)
 {

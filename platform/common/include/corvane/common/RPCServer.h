@@ -72,6 +72,9 @@ public:
 protected:
     /// Waits until no handler runs. On the server's own thread it returns at once.
     void waitForHandler();
+    /// Waits until no handler runs, and lets none run again: further calls are refused. Subscribers go on being told.
+    /// Not from a handler.
+    void endCalls();
 
     std::string name;
     std::map<std::string, MethodTable> interfaces;
