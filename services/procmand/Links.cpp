@@ -137,7 +137,8 @@ void Links::finishConnecting(const std::string& uid, unsigned long generation, s
                              Failure failure)
 {
     ManagedApplication* const application = box.registry.find(uid, generation);
-    if (application == nullptr || application->end) {
+    // One whose process has ended may have last words to say; who waits for none has renewed the application.
+    if (application == nullptr) {
         // Too late. To end a subscription takes a moment, which is not the loop's to wait.
         box.workers.run([connection = std::move(connection)] {});
         return;
