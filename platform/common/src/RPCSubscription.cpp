@@ -17,8 +17,9 @@ namespace
 
 /// How long a server that has just appeared may take to answer, before the next attempt.
 constexpr std::chrono::seconds RECONNECT_DEADLINE{5};
-/// How often a runtime folder that cannot be watched, for it is gone as well, is looked for.
-constexpr int FOLDER_RETRY_MS = 1000;
+/// How soon it is tried again where no file will tell: the server is there but did not take the subscription, or the
+/// runtime folder cannot be watched, for it is gone as well.
+constexpr int RETRY_MS = 1000;
 
 std::string subscriptionParameters(const std::vector<std::string>& patterns)
 {
@@ -107,19 +108,20 @@ bool RPCClient::Subscription::reconnect()
         try {
             connect(RPCLink::Clock::now() + RECONNECT_DEADLINE);
             return !stopping;
-        } catch (const RPCError&) {
+        } catch (const RPCError& error) {
             early.clear();
-            waitForServer(watching ? watch.get() : -1);
+            const bool willBeTold = watching && error.getReason() == RPCError::Reason::NO_SERVER;
+            waitForServer(watch.get(), willBeTold ? -1 : RETRY_MS);
         }
     }
     return false;
 }
 
-void RPCClient::Subscription::waitForServer(int folderWatch)
+void RPCClient::Subscription::waitForServer(int folderWatch, int timeoutMs)
 {
     std::array<pollfd, 2> waits{pollfd{.fd = wakeUp.get(), .events = POLLIN, .revents = 0},
                                 pollfd{.fd = folderWatch, .events = POLLIN, .revents = 0}};
-    poll(waits.data(), waits.size(), folderWatch >= 0 ? -1 : FOLDER_RETRY_MS);
+    poll(waits.data(), waits.size(), timeoutMs);
 }
 
 void RPCClient::Subscription::tellConnected(bool connected)

@@ -28,7 +28,7 @@ private:
     int thread() override;
     void connect(RPCLink::Clock::time_point deadline);
     bool reconnect();
-    void waitForServer(int folderWatch);
+    void waitForServer(int folderWatch, int timeoutMs);
     void deliverUntilLost();
     void tellConnected(bool connected);
 

@@ -1,6 +1,11 @@
 #include "ServerFixture.h"
 
+#include <corvane/common/FileDescriptor.h>
 #include <corvane/common/RPCClient.h>
+#include <cstdio>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace Corvane::Test
 {
@@ -70,6 +75,33 @@ TEST_F(RPCSubscription, IsMadeAgainWhenTheServerIsBack)
         server.notifyRing(round);
         ASSERT_EQ(subscriber.next(), "ITest::onRing {\"number\":" + std::to_string(round) + "}");
     }
+}
+
+/// @return the next client of a socket that listens
+FileDescriptor acceptFrom(const FileDescriptor& listening)
+{
+    pollfd wait{.fd = listening.get(), .events = POLLIN, .revents = 0};
+    poll(&wait, 1, static_cast<int>(std::chrono::milliseconds(DEADLINE).count()));
+    return FileDescriptor(accept4(listening.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+}
+
+TEST_F(RPCSubscription, IsTriedAgainWhereTheServerIsThereButDoesNotTakeIt)
+{
+    Subscriber subscriber;
+    EXPECT_TRUE(subscriber.becomes(true));
+    server.shutdown();
+    EXPECT_TRUE(subscriber.becomes(false));
+    // In the place of the server stands one that hangs up. It comes from another folder, ready: that is told once.
+    TemporaryDirectory elsewhere;
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    (elsewhere.getPath() + "/s").copy(address.sun_path, sizeof address.sun_path - 1);
+    const FileDescriptor listening(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(bind(listening.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(listening.get(), 8), 0);
+    ASSERT_EQ(rename(address.sun_path, server.getFixedRPCAddress().c_str()), 0);
+
+    EXPECT_TRUE(acceptFrom(listening).isOpen());
+    EXPECT_TRUE(acceptFrom(listening).isOpen());
 }
 
 TEST_F(RPCSubscription, EndsWhileTheServerIsAway)
