@@ -72,8 +72,11 @@ void EventLoop::run()
     while (!stopping) {
         const int count = epoll_wait(epoll.get(), events.data(), events.size(), findPatience());
         std::lock_guard guard(lock);
+        // What is due now waits for what was posted before: a deadline must not pass while the word that keeps it is in
+        // the queue, however long the queue takes.
+        const Clock::time_point now = Clock::now();
         runPosted();
-        runDueTimers();
+        runDueTimers(now);
         for (int i = 0; i < count; ++i)
             // Looked up again each time: a task may unwatch what is to come.
             if (const auto task = findWatch(events[static_cast<std::size_t>(i)].data.fd))
@@ -125,17 +128,17 @@ void EventLoop::runPosted()
         task();
 }
 
-void EventLoop::runDueTimers()
+void EventLoop::runDueTimers(Clock::time_point now)
 {
-    while (const std::optional<Task> task = takeDueTimer())
+    while (const std::optional<Task> task = takeDueTimer(now))
         (*task)();
 }
 
-std::optional<EventLoop::Task> EventLoop::takeDueTimer()
+std::optional<EventLoop::Task> EventLoop::takeDueTimer(Clock::time_point now)
 {
     std::lock_guard guard(mutex);
     const auto next = findNextTimer();
-    if (next == timers.end() || next->second.due > Clock::now())
+    if (next == timers.end() || next->second.due > now)
         return std::nullopt;
     Task task = std::move(next->second.task);
     timers.erase(next);

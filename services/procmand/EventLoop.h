@@ -29,7 +29,7 @@ public:
 
     /// Runs the task soon, in the order of the calls.
     void post(Task task);
-    /// Runs the task once, after the delay.
+    /// Runs the task once, after the delay, and after all that was posted in the meantime.
     Timer schedule(std::chrono::milliseconds delay, Task task);
     /// Takes the timer back, if it has not run yet, and sets it to none.
     void cancel(Timer& timer);
@@ -54,8 +54,8 @@ private:
     /// The one that is due next, of those that are due at once the oldest.
     std::map<Timer, TimedTask>::iterator findNextTimer();
     void runPosted();
-    void runDueTimers();
-    std::optional<Task> takeDueTimer();
+    void runDueTimers(Clock::time_point now);
+    std::optional<Task> takeDueTimer(Clock::time_point now);
     std::shared_ptr<Task> findWatch(int descriptor);
     void wakeUp();
 

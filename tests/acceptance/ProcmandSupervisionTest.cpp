@@ -162,7 +162,7 @@ TEST_F(ProcmandSupervision, DoesNotTakeItsOwnPauseForTheSilenceOfTheApplications
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(4);
     while (std::chrono::steady_clock::now() < end)
         for (const std::string& uid : uids)
-            ASSERT_NE(announcements.take({"IApplication::onKeepAlive", uid}), "");
+            ASSERT_NE(announcements.take({"IApplication::onKeepAlive", uid}), "") << procmand->getError();
     EXPECT_EQ(announcements.count({"onRunaway"}), 0U);
 }
 

@@ -57,6 +57,20 @@ TEST_F(EventLoopTest, RunsTimersOnceAndInTheirOrderWhenDue)
     EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(30));
 }
 
+TEST_F(EventLoopTest, RunsATimerAfterWhatWasPostedBeforeItWasDue)
+{
+    loop.post([&] {
+        loop.post([&] { note("posted"); });
+        loop.schedule(milliseconds(0), [&] {
+            note("timer");
+            loop.stop();
+        });
+    });
+    loop.run();
+
+    EXPECT_THAT(notes, ElementsAre("posted", "timer"));
+}
+
 TEST_F(EventLoopTest, DoesNotRunATimerThatWasTakenBackEvenWhenItIsDue)
 {
     EventLoop::Timer timer = loop.schedule(milliseconds(0), [&] { note("taken back"); });
