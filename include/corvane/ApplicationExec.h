@@ -40,9 +40,8 @@ public:
     /// Brings up the control server of a service, initialises the application, runs its main loop until that returns,
     /// and waits for a handler that is still at work. Once an ApplicationExec. STATE_RUNNING is left to the
     /// application.
-    /// @throws whatever a step throws, after one debug line for a `std::exception`; the control server refuses all
-    /// calls
-    ///         then, so that none meets a service that is being destroyed
+    /// @throws whatever a step throws, after one debug line for a `std::exception`. The service may be destroyed then,
+    ///         whatever its state: the control server refuses all calls.
     void run(Application* application);
 
 private:

@@ -46,7 +46,8 @@ public:
                      std::chrono::milliseconds deadline = DEFAULT_DEADLINE);
 
     /// Subscribes to notifications, on a connection and a thread of their own. Once a client.
-    /// When the server goes, the subscription is made again as soon as a server of that name is back.
+    /// When the server goes, the subscription is made again as soon as a server of that name is back. One that is there
+    /// and does not take it is tried again every second.
     /// @param patterns  names, "IApplication::*" for all of an interface, "*" for all
     /// @param onNotification  called on the client's thread, in the order of the server
     /// @param onConnection    called on the client's thread, may be empty
