@@ -17,6 +17,8 @@ namespace
 using Corvane::Test::await;
 using testing::HasSubstr;
 
+constexpr std::chrono::milliseconds KEEP_ALIVE_DEADLINE{2000};
+
 /// A supervisor with one application: its process is a child of the test, its control server is the test's own.
 class SupervisorTest : public testing::Test
 {
@@ -50,7 +52,7 @@ protected:
     {
         Settings settings;
         settings.stateFolder = state.getPath();
-        settings.keepAliveDeadline = std::chrono::milliseconds(300);
+        settings.keepAliveDeadline = KEEP_ALIVE_DEADLINE;
         return settings;
     }
     /// Waits for a notification of the process manager. @return its payload
@@ -85,11 +87,11 @@ TEST_F(SupervisorTest, GivesTheApplicationsTheirWholeTimeAgainWhenItWasHeldUpIts
     {
         // Nothing in the box goes on while somebody has its lock.
         std::lock_guard guard(box.lock);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        std::this_thread::sleep_for(KEEP_ALIVE_DEADLINE + std::chrono::milliseconds(1500));
         released = std::chrono::steady_clock::now();
     }
     EXPECT_THAT(awaitNotice("onRunaway"), HasSubstr("tester"));
-    EXPECT_GE(std::chrono::steady_clock::now() - released, std::chrono::milliseconds(300));
+    EXPECT_GE(std::chrono::steady_clock::now() - released, KEEP_ALIVE_DEADLINE);
 }
 
 TEST_F(SupervisorTest, WaitsForTheLastWordsOfAProcessThatHasEnded)
