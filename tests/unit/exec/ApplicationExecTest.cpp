@@ -22,8 +22,12 @@ namespace
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
+using testing::ThrowsMessage;
 
 constexpr const char* TOKEN = R"({"authAttrInternal":"{}","token":7})";
+
+/// A step that can fail.
+using Step = std::function<void()> SteppingApplication::*;
 
 class ApplicationExecTest : public testing::Test
 {
@@ -32,6 +36,9 @@ protected:
 
     /// @return the names of the servers that live in the runtime folder of the test
     static std::vector<std::string> servers() { return RPCClient::listServers(); }
+    /// Runs a service that is destroyed before its runner. @return what a manager that subscribes in the step hears
+    /// next
+    std::string hearEnd(Step step, bool fails);
 
     TemporaryRuntime runtime;
     ScopedEnvironment noParameters{"CORVANE_APP_PARAMETERS", nullptr};
@@ -42,6 +49,32 @@ protected:
     SteppingService service{2, arguments.data()};
     SteppingApplication plain{2, arguments.data()};
 };
+
+std::string ApplicationExecTest::hearEnd(Step step, bool fails)
+{
+    uid.back() = '2';
+    Mailbox<std::string> heard;
+    ApplicationExec exec;
+    RPCClient client("APPu2");
+    {
+        SteppingService mortal(2, arguments.data());
+        mortal.*step = [&] {
+            client.subscribe({"IApplication::onStateChange"},
+                             [&](const std::string&, const std::string& payload) { heard.put(payload); });
+            if (fails)
+                throw Exception(RETURN_INVALID_STATE);
+        };
+        try {
+            exec.run(&mortal);
+            EXPECT_FALSE(fails);
+        } catch (const Exception&) {
+            EXPECT_TRUE(fails);
+        }
+    }
+    std::string payload;
+    EXPECT_TRUE(heard.take(payload));
+    return payload;
+}
 
 } // namespace
 
@@ -132,40 +165,14 @@ TEST_F(ApplicationExecTest, MakesNoCallOnAServiceThatHasTerminated)
 
 TEST_F(ApplicationExecTest, LetsTheManagersHearTheEndOfAServiceThatIsDestroyedFirst)
 {
-    uid.back() = '2';
-    Mailbox<std::string> heard;
-    ApplicationExec exec;
-    RPCClient client("APPu2");
-    {
-        SteppingService mortal(2, arguments.data());
-        mortal.mainLoop = [&] {
-            client.subscribe({"IApplication::onStateChange"},
-                             [&](const std::string&, const std::string& payload) { heard.put(payload); });
-        };
-        exec.run(&mortal);
-    }
-
-    std::string payload;
-    ASSERT_TRUE(heard.take(payload));
-    EXPECT_EQ(payload, R"({"uid":"u2","oldState":"LOADING","newState":"TERMINATED"})");
+    EXPECT_EQ(hearEnd(&SteppingApplication::mainLoop, false),
+              R"({"uid":"u2","oldState":"LOADING","newState":"TERMINATED"})");
 }
-
-/// A step that can fail.
-using Step = std::function<void()> SteppingApplication::*;
 
 class FailingStep : public ApplicationExecTest, public testing::WithParamInterface<Step>
 {
 protected:
-    /// @return what a call is answered with; nothing when it succeeds
-    static std::string refusal()
-    {
-        try {
-            RPCClient("APPu1").call("IApplication::getState");
-        } catch (const RPCError& error) {
-            return error.what();
-        }
-        return {};
-    }
+    static void callService() { RPCClient("APPu1").call("IApplication::getState"); }
 };
 
 TEST_P(FailingStep, IsReportedInOneLineAndPassedOnWithTheCallsEnded)
@@ -182,7 +189,7 @@ TEST_P(FailingStep, IsReportedInOneLineAndPassedOnWithTheCallsEnded)
     }
 
     EXPECT_EQ(caught, "no sound card");
-    EXPECT_EQ(refusal(), "the server takes no calls any more");
+    EXPECT_THAT(callService, ThrowsMessage<RPCError>("the server takes no calls any more"));
     const std::vector<DebugLine> lines = error.getDebugLines();
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].message, "caught exception: no sound card");
@@ -211,28 +218,12 @@ TEST_P(FailingStep, ThatThrowsAnythingElsePassesOnWithoutALine)
     EXPECT_THROW(exec.run(&service), Exception);
 
     EXPECT_THAT(error.getDebugLines(), IsEmpty());
-    EXPECT_EQ(refusal(), "the server takes no calls any more");
+    EXPECT_THAT(callService, ThrowsMessage<RPCError>("the server takes no calls any more"));
 }
 
 TEST_P(FailingStep, IsFollowedByTheEndWhichTheManagersHear)
 {
-    uid.back() = '2';
-    Mailbox<std::string> heard;
-    ApplicationExec exec;
-    RPCClient client("APPu2");
-    {
-        SteppingService mortal(2, arguments.data());
-        mortal.*GetParam() = [&] {
-            client.subscribe({"IApplication::onStateChange"},
-                             [&](const std::string&, const std::string& payload) { heard.put(payload); });
-            throw Exception(RETURN_INVALID_STATE);
-        };
-        EXPECT_THROW(exec.run(&mortal), Exception);
-    }
-
-    std::string payload;
-    ASSERT_TRUE(heard.take(payload));
-    EXPECT_THAT(payload, EndsWith(R"("newState":"TERMINATED"})"));
+    EXPECT_THAT(hearEnd(GetParam(), true), EndsWith(R"("newState":"TERMINATED"})"));
 }
 
 INSTANTIATE_TEST_SUITE_P(, FailingStep,

@@ -5,6 +5,7 @@
 #include <corvane/common/RPCClient.h>
 #include <corvane/foundation/DebugPrint.h>
 #include <corvane/foundation/Exception.h>
+#include <gmock/gmock.h>
 #include <stdexcept>
 #include <support/Await.h>
 #include <support/CapturedOutput.h>
@@ -231,14 +232,8 @@ TEST_F(WindowExecTest, RefusesCallsToAWindowThatFailed)
     WindowExec exec(0, nullptr);
     EXPECT_THROW(exec.run(&window), Exception);
 
-    std::string refusal;
-    try {
-        RPCClient("APPu1").call("IApplication::getState");
-    } catch (const RPCError& error) {
-        refusal = error.what();
-    }
-
-    EXPECT_EQ(refusal, "the server takes no calls any more");
+    EXPECT_THAT([] { RPCClient("APPu1").call("IApplication::getState"); },
+                ::testing::ThrowsMessage<RPCError>("the server takes no calls any more"));
 }
 
 TEST_F(WindowExecTest, LetsTheManagersHearTheEndOfAWindowThatFailed)
