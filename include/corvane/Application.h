@@ -63,11 +63,15 @@ public:
     /// thread
     virtual bool runsInMain();
 
-    /// @return a copy of the current state. Not synchronised.
+    /// @return a copy of the current state. Not synchronised: while another thread stores one it may be torn, made of
+    /// two.
     std::string getState() override;
     /// Changes the state, if the rules allow it, and tells the listeners; a refusal is silent. LOADING is accepted from
     /// UNINITIALIZED only, SUSPENDING from LOADING and RUNNING, RESUMING from SUSPENDING and SUSPENDED, TERMINATING
     /// from everything but TERMINATED, any other text from everywhere. The state held already is never a change.
+    /// Takes no lock; see docs/threading.md for what that means to two threads.
+    /// @param newState  up to LONGEST_STATE bytes. A longer text is stored as well, in other memory: the caller sees to
+    ///                  it that no other thread reads or sets the state meanwhile.
     void setState(const std::string& newState) override;
     /// Asks for STATE_RESUMING.
     void activate() override;

@@ -15,6 +15,15 @@ namespace
 
 using Listener = IApplication::IApplicationListener;
 
+/// Stores a state over the one that is held, in its place. Apart, because two threads at once are meant here.
+/// @return the state before
+std::string exchangeState(std::string& held, const std::string& newState)
+{
+    const std::string oldState = held;
+    held = newState;
+    return oldState;
+}
+
 } // namespace
 
 Application::Application(int argc, char** argv)
@@ -25,11 +34,14 @@ Application::Application(int argc, char** argv)
       keepAliveThread(this),
       listenersMutex("Application::listenersMutex", 0),
       listenersChanged(false),
-      state(STATE_UNINITIALIZED),
+      state(LONGEST_STATE, '\0'),
       stopRequested(false),
       lastSampleTimeUs(0),
       lastCpuTimeUs(0)
 {
+    // Over the zeros, which stay behind it: a text of any length up to theirs is stored without another allocation, and
+    // whoever copies it meanwhile gets a torn text at worst, never memory that was freed or not yet written.
+    state = STATE_UNINITIALIZED;
 }
 
 void Application::init()
@@ -83,8 +95,7 @@ void Application::setState(const std::string& newState)
 {
     if (!isChangeAllowed(newState))
         return;
-    const std::string oldState = state;
-    state = newState;
+    const std::string oldState = exchangeState(state, newState);
     std::string buffer;
     onStateChange(findUid(buffer), oldState, newState);
 }

@@ -12,8 +12,11 @@ namespace Corvane
 class CORVANE_EXPORT ILifecycleManagement
 {
 public:
-    /// The lifecycle states. States are compared as texts, and their texts have at most 15 characters: the current
-    /// state is copied without a lock, and a string that short never moves to other memory.
+    /// The most bytes of a state that may be set while other threads read it.
+    static constexpr unsigned int LONGEST_STATE = 255;
+
+    /// The lifecycle states. States are compared as texts, and their texts have at most 15 characters: a string that
+    /// short is copied without allocating memory, also where a fatal signal is announced.
     static const std::string STATE_UNINITIALIZED;
     static const std::string STATE_LOADING;
     static const std::string STATE_RUNNING;

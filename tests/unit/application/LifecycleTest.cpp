@@ -1,7 +1,12 @@
 #include "ApplicationFixture.h"
 
+#include <atomic>
+#include <corvane/foundation/Exception.h>
 #include <gmock/gmock.h>
 #include <memory>
+#include <stdexcept>
+#include <support/CapturedOutput.h>
+#include <thread>
 #include <unistd.h>
 
 namespace Corvane::Test
@@ -169,6 +174,30 @@ TEST_F(Lifecycle, SaysNoGoodbyeTwice)
     application.reset();
 
     EXPECT_THAT(listener.heard, IsEmpty());
+}
+
+/// @return whether a state is at most torn: of a length that is allowed, and of bytes that some state had
+bool isMadeOfStates(const std::string& state)
+{
+    return state.size() <= 255 && state.find_first_not_of(UNINITIALIZED + "xy" + '\0') == std::string::npos;
+}
+
+// The state has no lock, and a remote manager gives it whatever text it likes.
+TEST_F(Lifecycle, MayBeReadWhileOthersReplaceTextsOfUpTo255Bytes)
+{
+    for (int round = 0; round < 200; ++round) {
+        TestApplication fresh;
+        std::atomic<int> setters{2};
+        const auto grow = [&](char letter) {
+            for (std::size_t length = 1; length <= 255; ++length)
+                fresh.setState(std::string(length, letter));
+            --setters;
+        };
+        const std::jthread one(grow, 'x');
+        const std::jthread another(grow, 'y');
+        while (setters > 0 && !HasFailure())
+            EXPECT_PRED1(isMadeOfStates, fresh.getState());
+    }
 }
 
 /// An application whose author takes part in everything.
