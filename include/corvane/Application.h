@@ -53,7 +53,8 @@ public:
     /// contains "QAX", "ORU" or "WEB") and, when the application has a main loop of its own, the keep-alive thread.
     /// STATE_RUNNING is left to the application.
     void init() override;
-    /// Announces STATE_TERMINATED to the listeners that are left.
+    /// Announces STATE_TERMINATED to the listeners that are left, and ends the keep-alive thread. What a listener
+    /// throws is one debug line.
     ~Application() override;
 
     /// Sends a keep-alive at once and then every 5,000 ms; returns within one round after the state has become
@@ -84,7 +85,8 @@ public:
     /// microsecond divide by zero. One thread at a time.
     RuntimeStatistics getRuntimeStatistics() override;
 
-    /// Tells every listener; overriding subclasses hear it first.
+    /// Tells every listener; overriding subclasses hear it first. What a listener throws ends the round and passes
+    /// through; on the keep-alive thread it is one debug line, and the thread goes on.
     void onKeepAlive(const std::string& uid, const std::string& state) override;
     void onStateChange(const std::string& uid, const std::string& oldState, const std::string& newState) override;
 

@@ -1,5 +1,6 @@
 #include <corvane/Application.h>
 
+#include "Containment.h"
 #include "ListenerWalk.h"
 
 #include <algorithm>
@@ -61,7 +62,7 @@ Application::~Application()
 {
     delete platformHelper;
     uninitSignalHandler(this);
-    Application::setState(STATE_TERMINATED);
+    contain(__func__, __LINE__, [this] { Application::setState(STATE_TERMINATED); });
     // The thread tells the listeners: it has to end before they, their mutex and the state are destroyed, and its own
     // object comes after them.
     keepAliveThread.exit();

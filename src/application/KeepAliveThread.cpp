@@ -1,9 +1,21 @@
 #include <corvane/Application.h>
 
+#include "Containment.h"
+
 #include <corvane/common/TaskDelay.h>
 
 namespace Corvane
 {
+
+namespace
+{
+
+void sendKeepAlive(Application& application)
+{
+    application.onKeepAlive(application.getUid(), application.getState());
+}
+
+} // namespace
 
 Application::KeepAliveThread::KeepAliveThread(Application* application)
     : ActiveObject("KeepAliveThread"), application(application)
@@ -21,7 +33,7 @@ int Application::KeepAliveThread::thread()
     constexpr int DELAYS = 10;
     constexpr unsigned int DELAY_MS = 500;
     while (!isStopRequested()) {
-        application->onKeepAlive(application->getUid(), application->getState());
+        contain(__func__, __LINE__, [this] { sendKeepAlive(*application); });
         for (int i = 0; i < DELAYS && !isStopRequested(); ++i)
             OS_TaskDelayMsec(DELAY_MS);
     }

@@ -1,5 +1,7 @@
 #include <corvane/Application.h>
 
+#include "Containment.h"
+
 #include <algorithm>
 #include <corvane/Foundation.h>
 #include <csignal>
@@ -64,11 +66,7 @@ void restoreSignalHandlers()
 /// exception leaves a signal handler.
 void announceAbort(Application& application)
 {
-    try {
-        application.setState(ILifecycleManagement::STATE_ABORTED);
-    } catch (...) {
-        corvaneDebugPrint(DEBUG_ERROR, MODULE, COMPONENT, __LINE__, "%s(): caught unknown exception\n", __func__);
-    }
+    contain(__func__, __LINE__, [&] { application.setState(ILifecycleManagement::STATE_ABORTED); });
 }
 
 void printBackTrace()

@@ -150,7 +150,7 @@ TEST(FatalSignal, IsAnnouncedByTheOthersAndEndsTheProcessEvenWhenAListenerThrows
 
     EXPECT_EQ(victim.wait().signal, SIGTERM);
     EXPECT_THAT(victim.getOutput(), HasSubstr("application 0: ABORTED\napplication 1: ABORTED\n"));
-    EXPECT_THAT(victim.getError(), HasSubstr("announceAbort(): caught unknown exception"));
+    EXPECT_THAT(victim.getError(), HasSubstr("announceAbort(): caught exception: listener"));
 }
 
 TEST(FatalSignal, RunsTheActionThatWasThereBeforeTheLibrarys)

@@ -6,7 +6,9 @@
 #include <memory>
 #include <mutex>
 #include <semaphore>
+#include <stdexcept>
 #include <support/Await.h>
+#include <support/CapturedOutput.h>
 #include <thread>
 #include <unistd.h>
 
@@ -15,8 +17,10 @@ namespace Corvane::Test
 namespace
 {
 
+using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
+using testing::Ge;
 using testing::IsEmpty;
 
 /// The loop of a plain application. Delays are noted in the listener's record.
@@ -214,6 +218,46 @@ TEST_F(KeepAliveThread, IsStoppedAndAwaitedByTheDestructionOfTheApplicationAfter
 
     EXPECT_TRUE(delays.isEmpty());
     EXPECT_TRUE(listener.keepAlives.isEmpty());
+}
+
+/// Throws whatever it hears.
+class ThrowingListener : public IApplication::IApplicationListener
+{
+public:
+    void onKeepAlive(const std::string&, const std::string&) override { throw std::runtime_error("keep-alive"); }
+    void onStateChange(const std::string&, const std::string&, const std::string&) override
+    {
+        throw std::runtime_error("state");
+    }
+};
+
+TEST_F(KeepAliveThread, GoesOnWhenAListenerThrowsAndLogsItEveryTime)
+{
+    ThrowingListener throwing;
+    const CapturedOutput error;
+    application->init();
+    application->addListener(&throwing);
+    isOpen = true;
+    passes.release();
+    // The last one was told of before the throwing listener was called, so two calls of that are over by then.
+    for (int round = 0; round < 4; ++round)
+        ASSERT_TRUE(awaitKeepAlive());
+
+    EXPECT_THAT(error.getMessages(), Contains("thread(): caught exception: keep-alive").Times(Ge(2)));
+    application->removeListener(&throwing);
+}
+
+TEST_F(KeepAliveThread, IsAwaitedAlsoWhenAListenerThrowsAtTheGoodbye)
+{
+    ThrowingListener throwing;
+    application->init();
+    ASSERT_TRUE(awaitKeepAlive());
+    application->addListener(&throwing);
+    const CapturedOutput error;
+    end();
+
+    EXPECT_EQ(system.joins, 1);
+    EXPECT_THAT(error.getMessages(), Contains("~Application(): caught exception: state"));
 }
 
 /// Keeps the last state that it was told.

@@ -168,6 +168,24 @@ TEST_F(Lifecycle, SaysGoodbyeOnceOnDestruction)
     EXPECT_THAT(listener.heard, ElementsAre(RUNNING + " > " + TERMINATED));
 }
 
+TEST_F(Lifecycle, LogsWhatAListenerThrowsAtTheGoodbyeAndGoesOn)
+{
+    const std::pair<std::function<void()>, std::string> failures[] = {
+        {[] { throw std::runtime_error("listener"); }, "~Application(): caught exception: listener"},
+        {[] { throw Exception(RETURN_TIMED_OUT); }, "~Application(): caught exception: Timed out"},
+        {[] { throw 7; }, "~Application(): caught unknown exception"}};
+    for (const auto& [failure, message] : failures) {
+        startIn(RUNNING);
+        listener.onCall = failure;
+        const CapturedOutput error;
+        application.reset();
+        listener.onCall = [] {};
+
+        EXPECT_THAT(error.getMessages(), ElementsAre(message));
+        EXPECT_THAT(listener.heard, ElementsAre(RUNNING + " > " + TERMINATED));
+    }
+}
+
 TEST_F(Lifecycle, SaysNoGoodbyeTwice)
 {
     startIn(TERMINATED);
