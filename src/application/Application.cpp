@@ -150,8 +150,9 @@ void Application::tellListeners(Call call)
 
 void Application::addListener(IListener* listener)
 {
-    const std::lock_guard<Mutex> guard(listenersMutex);
+    // Before the lock: the cast of a stale pointer is a fault, which the listeners are still to hear of.
     auto* const wanted = dynamic_cast<Listener*>(listener);
+    const std::lock_guard<Mutex> guard(listenersMutex);
     if (wanted == nullptr || std::find(listeners.begin(), listeners.end(), wanted) != listeners.end())
         return;
     listeners.push_back(wanted);
@@ -160,8 +161,8 @@ void Application::addListener(IListener* listener)
 
 void Application::removeListener(IListener* listener)
 {
-    const std::lock_guard<Mutex> guard(listenersMutex);
     auto* const unwanted = dynamic_cast<Listener*>(listener);
+    const std::lock_guard<Mutex> guard(listenersMutex);
     const auto entry = std::find(listeners.begin(), listeners.end(), unwanted);
     if (unwanted == nullptr || entry == listeners.end())
         return;

@@ -72,8 +72,9 @@ IWindowManager::LaunchParameters Window::findLaunchParameters(int argc, char** a
 void Window::addListener(IListener* listener)
 {
     Application::addListener(listener);
-    std::lock_guard<Mutex> guard(windowMutex);
+    // Before the lock, as in Application: no fault of a stale pointer under it.
     auto* const windowListener = dynamic_cast<IWindow::IWindowListener*>(listener);
+    std::lock_guard<Mutex> guard(windowMutex);
     if (windowListener == nullptr || std::ranges::count(windowListeners, windowListener) != 0)
         return;
     windowListeners.push_back(windowListener);
@@ -83,8 +84,9 @@ void Window::addListener(IListener* listener)
 void Window::removeListener(IListener* listener)
 {
     Application::removeListener(listener);
+    auto* const windowListener = dynamic_cast<IWindow::IWindowListener*>(listener);
     std::lock_guard<Mutex> guard(windowMutex);
-    const auto entry = std::ranges::find(windowListeners, dynamic_cast<IWindow::IWindowListener*>(listener));
+    const auto entry = std::ranges::find(windowListeners, windowListener);
     if (entry == windowListeners.end())
         return;
     windowListeners.erase(entry);

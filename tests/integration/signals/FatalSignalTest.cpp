@@ -72,6 +72,7 @@ TEST_P(RealFault, IsAnnouncedTracedAndThenEndsTheProcess)
 
 INSTANTIATE_TEST_SUITE_P(Faults, RealFault,
                          testing::Values(Fault{"fault-segv", SIGSEGV}, Fault{"fault-segv-on-thread", SIGSEGV},
+                                         Fault{"add-stale-listener", SIGSEGV}, Fault{"remove-stale-listener", SIGSEGV},
                                          Fault{"fault-bus", SIGBUS}, Fault{"fault-ill", SIGILL},
                                          Fault{"abort", SIGABRT}),
                          [](const auto& each) {

@@ -105,6 +105,12 @@ void reportActions()
     tell("\n");
 }
 
+/// @return what a caller holds when its listener is long gone: the address of memory that nobody may read
+Corvane::IListener* staleListener()
+{
+    return static_cast<Corvane::IListener*>(mmap(nullptr, 1, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+}
+
 /// Gives a signal to the library's handler that the handler was not installed for.
 void callHandlerWithUser1()
 {
@@ -142,6 +148,8 @@ private:
              victims.back()->init();
          }},
         {"let-listener-throw", [this] { victims.back()->listener.throwsWhenAborted = true; }},
+        {"add-stale-listener", [this] { victims.back()->addListener(staleListener()); }},
+        {"remove-stale-listener", [this] { victims.back()->removeListener(staleListener()); }},
         {"destroy-first", [this] { victims.pop_front(); }},
         {"ignore-ill", [] { signal(SIGILL, SIG_IGN); }},
         {"ignore-term", [] { signal(SIGTERM, SIG_IGN); }},
