@@ -3,6 +3,7 @@
 #include "Containment.h"
 
 #include <algorithm>
+#include <atomic>
 #include <corvane/Foundation.h>
 #include <csignal>
 #include <cstdio>
@@ -44,6 +45,25 @@ HandledSignal handledSignals[] = {
 /// Calls of initSignalHandler that have not been undone. Guarded by `shutdownMutex`.
 unsigned int signalUsers = 0;
 
+/// Whether the handlers are in force.
+std::atomic<bool> handlersInstalled{false};
+
+void restoreSignalHandlers()
+{
+    handlersInstalled = false;
+    for (const HandledSignal& handled : handledSignals)
+        sigaction(handled.number, &handled.previous, nullptr);
+}
+
+/// Gives the signals back when the process exits with applications in it, as after an `exit()` from within a main loop:
+/// what the handler uses is destroyed then. Without the lock, which is held where a listener of an abort calls
+/// `exit()`.
+void restoreAtExit()
+{
+    if (handlersInstalled)
+        restoreSignalHandlers();
+}
+
 void installSignalHandlers(void (*handler)(int))
 {
     struct sigaction action = {};
@@ -54,12 +74,9 @@ void installSignalHandlers(void (*handler)(int))
         if (handled.previous.sa_handler != SIG_IGN)
             sigaction(handled.number, &action, nullptr);
     }
-}
-
-void restoreSignalHandlers()
-{
-    for (const HandledSignal& handled : handledSignals)
-        sigaction(handled.number, &handled.previous, nullptr);
+    handlersInstalled = true;
+    // Registered now, when every library has been loaded, it runs before the static objects of any of them go.
+    [[maybe_unused]] static const int REGISTERED = std::atexit(restoreAtExit);
 }
 
 /// One application's listeners must not keep the others from hearing of the end, nor the process from ending: no

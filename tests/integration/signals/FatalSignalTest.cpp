@@ -171,6 +171,26 @@ TEST(FatalSignal, ThatWasIgnoredBeforeInitStaysIgnored)
     EXPECT_THAT(victim.getOutput(), Not(HasSubstr("ABORTED")));
 }
 
+#ifdef OUTLIVES_THE_LIBRARIES
+// The applications are still there when a main loop calls exit(), but not what the library keeps them in.
+TEST(FatalSignal, IsThePreviousActionsAgainWhenTheProcessExitsWithApplications)
+{
+    Victim victim({"create", "create", "raise-term-last", "exit"});
+
+    EXPECT_EQ(victim.wait().signal, SIGTERM);
+    EXPECT_THAT(splitLines(victim.getOutput()),
+                ElementsAre("application 0: LOADING", "application 1: LOADING", "the libraries are gone"));
+}
+#endif
+
+TEST(FatalSignal, LetsAListenerExitInsteadOfDying)
+{
+    Victim victim({"create", "let-listener-exit", "raise-term"});
+
+    EXPECT_EQ(victim.wait().status, 43);
+    EXPECT_EQ(victim.getOutput(), ANNOUNCEMENT);
+}
+
 TEST(FatalSignal, OfAnotherKindOnlyLeavesALineWhenTheHandlerGetsIt)
 {
     Victim victim({"create", "call-handler-with-usr1", "report"});

@@ -30,6 +30,9 @@ constexpr int HANDLED[] = {SIGILL, SIGABRT, SIGFPE, SIGKILL, SIGSEGV, SIGTERM, S
 
 bool tracesActions = false;
 bool clockStands = false;
+#ifdef OUTLIVES_THE_LIBRARIES
+bool raisesTermLast = false;
+#endif
 
 /// Tells without a buffer: the process may die at any time.
 [[gnu::format(printf, 1, 2)]] void tell(const char* format, ...)
@@ -58,9 +61,12 @@ public:
             tell("application %d: %s\n", number, newState.c_str());
             if (throwsWhenAborted && newState == ILifecycleManagement::STATE_ABORTED)
                 throw std::runtime_error("listener");
+            if (exitsWhenAborted && newState == ILifecycleManagement::STATE_ABORTED)
+                std::exit(43);
         }
         const int number;
         bool throwsWhenAborted = false;
+        bool exitsWhenAborted = false;
     } listener;
 };
 
@@ -120,6 +126,24 @@ void callHandlerWithUser1()
     tell("returned\n");
 }
 
+#ifdef OUTLIVES_THE_LIBRARIES
+/// The very last that runs in this process: after the static objects of the libraries are gone.
+void runLast(int, void*)
+{
+    if (!raisesTermLast)
+        return;
+    tell("the libraries are gone\n");
+    raise(SIGTERM);
+}
+
+void registerBeforeTheLibraries()
+{
+    on_exit(runLast, nullptr);
+}
+
+__attribute__((used, section(".preinit_array"))) void (*const EARLY)() = registerBeforeTheLibraries;
+#endif
+
 class Script
 {
 public:
@@ -148,6 +172,7 @@ private:
              victims.back()->init();
          }},
         {"let-listener-throw", [this] { victims.back()->listener.throwsWhenAborted = true; }},
+        {"let-listener-exit", [this] { victims.back()->listener.exitsWhenAborted = true; }},
         {"add-stale-listener", [this] { victims.back()->addListener(staleListener()); }},
         {"remove-stale-listener", [this] { victims.back()->removeListener(staleListener()); }},
         {"destroy-first", [this] { victims.pop_front(); }},
@@ -170,6 +195,10 @@ private:
              victims.back()->getRuntimeStatistics();
          }},
         {"raise-term", [] { raise(SIGTERM); }},
+        {"exit", [] { std::exit(0); }},
+#ifdef OUTLIVES_THE_LIBRARIES
+        {"raise-term-last", [] { raisesTermLast = true; }},
+#endif
         {"alive", [] { tell("alive\n"); }},
         {"wait",
          [] {
