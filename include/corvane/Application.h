@@ -43,9 +43,10 @@ public:
     using IApplication::suspend;
     using IApplication::terminate;
 
-    /// Finds the launch parameters: in the environment variable CORVANE_APP_PARAMETERS, else on the command line.
+    /// Finds the launch parameters: in the environment variable CORVANE_APP_PARAMETERS, else on the command line. The
+    /// options that it reads are texts, so none has a bad value; a Window reads others besides.
     /// @param argv  not copied; must live as long as the application
-    /// @throws Exception  code 1: `argc` is 0, `argv` is null, or an option has a bad value
+    /// @throws Exception  code 1: `argc` is 0 or `argv` is null
     /// @throws SerialError  the environment variable holds no launch parameters
     Application(int argc, char** argv);
 

@@ -122,7 +122,9 @@ void Application::uninitSignalHandler(Application* application)
 }
 
 // Deliberate: a mutex, listeners and formatted output are not safe in a signal handler. The managers must hear of the
-// end of this process, and it ends anyway. Only a fault under `shutdownMutex` itself hangs.
+// end of this process, and it ends anyway. It hangs where the interrupted thread holds what the handler waits for:
+// `shutdownMutex`, the mutex of an application's listeners, or a lock that a listener or the back trace takes, the
+// heap's for one. docs/threading.md has the cases.
 void Application::signalHandler(int signal)
 {
     corvaneDebugPrint(DEBUG_NOTICE, MODULE, COMPONENT, __LINE__, "Received Signal [%s]\n", strsignal(signal));
