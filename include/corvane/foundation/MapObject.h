@@ -3,6 +3,7 @@
 #include <corvane/foundation/SerialObject.h>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace Corvane
@@ -29,7 +30,8 @@ protected:
     MapBase& operator=(const MapBase&) = default;
 };
 
-/// A map of names to integers (`MapObject<int>`) or to such maps (`MapObject<MapObject<int>>`); others may be made.
+/// A map of names to integers (`MapObject<int>`) or to such maps (`MapObject<MapObject<int>>`); others may be made, of
+/// `std::string`, `unsigned int`, `bool` or a SerialObject that is constructed from a Deserializer.
 ///
 ///     Deserializer deserializer("{\"volume\":{\"max\":50}}");
 ///     MapObject<MapObject<int>> attributes(deserializer);
@@ -49,8 +51,12 @@ public:
     std::unique_ptr<SerialObject> clone() const override { return std::make_unique<MapObject>(*this); }
     void serialize(Serializer& serializer) const override
     {
-        for (const auto& [name, value] : values)
-            writeEntry(name, value, serializer);
+        for (const auto& [name, value] : values) {
+            if constexpr (IS_SERIAL_OBJECT)
+                static_cast<const SerialObject&>(value).serialize(name, serializer);
+            else
+                Corvane::serialize(name, value, serializer);
+        }
     }
 
     /// The entries, sorted by name; to be read and changed freely.
@@ -58,6 +64,12 @@ public:
     const std::map<std::string, T>& getValues() const { return values; }
 
 private:
+    static constexpr bool IS_SERIAL_OBJECT = std::is_base_of_v<SerialObject, T>;
+    // Another type would be converted to one of these on its way out, and come back as another value.
+    static_assert(IS_SERIAL_OBJECT || std::is_same_v<T, std::string> || std::is_same_v<T, unsigned int> ||
+                      std::is_same_v<T, int> || std::is_same_v<T, bool>,
+                  "a map holds texts, 32-bit integers, booleans or serial objects");
+
     void initMap(Deserializer& deserializer)
     {
         const std::vector<std::string> names = deserializer.getMemberNames();
@@ -68,15 +80,6 @@ private:
             values.insert_or_assign(names[i], deserialize<T>(names[i], deserializer));
             deserializer.endMember(i);
         }
-    }
-
-    static void writeEntry(const std::string& name, int value, Serializer& serializer)
-    {
-        Corvane::serialize(name, value, serializer);
-    }
-    static void writeEntry(const std::string& name, const MapBase& value, Serializer& serializer)
-    {
-        value.serialize(name, serializer);
     }
 
     std::map<std::string, T> values;

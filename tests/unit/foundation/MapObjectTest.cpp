@@ -1,6 +1,7 @@
 #include "ProblemOf.h"
 #include "RecordingDeserializer.h"
 #include <corvane/foundation/MapObject.h>
+#include <corvane/interfaces/ISurfaceCompositing.h>
 #include <gtest/gtest.h>
 #include <json/reader.h>
 #include <json/value.h>
@@ -218,12 +219,29 @@ TEST(MapObjectTest, HasOneTypeNameForAllMaps)
     EXPECT_EQ(NestedMap().getObjectType(), "MapObject");
 }
 
-TEST(MapObjectTest, CanBeMadeForOtherTypes)
+/// @return the text of a map of T that was read from `text`
+template <class T>
+std::string readAndWrite(const std::string& text)
 {
-    Deserializer deserializer(R"({"outer":{"inner":{"x":1}}})");
-    const MapObject<NestedMap> map(deserializer);
+    return read<MapObject<T>>(text).serialize();
+}
 
-    EXPECT_EQ(map.serialize(), R"({"outer":{"inner":{"x":1}}})");
+TEST(MapObjectTest, CanBeMadeForEveryTypeThatIsReadAndWrittenByKey)
+{
+    for (const char* text : {R"({"outer":{"inner":{"x":1}}})", "{}"})
+        EXPECT_EQ(readAndWrite<NestedMap>(text), text);
+    EXPECT_EQ(readAndWrite<unsigned int>(R"({"a":4294967295,"b":0})"), R"({"a":4294967295,"b":0})");
+    EXPECT_EQ(readAndWrite<bool>(R"({"a":true,"b":false})"), R"({"a":true,"b":false})");
+    EXPECT_EQ(readAndWrite<std::string>(R"({"a":"text","b":""})"), R"({"a":"text","b":""})");
+    const std::string rect = R"({"a":{"x":-1,"y":2,"width":3,"height":4}})";
+    EXPECT_EQ(readAndWrite<ISurfaceCompositing::Rect>(rect), rect);
+}
+
+TEST(MapObjectTest, RefusesAValueThatIsOutOfTheRangeOfItsType)
+{
+    EXPECT_EQ(problemOf([] { read<MapObject<unsigned int>>(R"({"a":4294967296})"); }),
+              "a: expected an unsigned 32-bit number, found 4294967296");
+    EXPECT_EQ(problemOf([] { read<MapObject<bool>>(R"({"a":1})"); }), "a: expected true or false, found 1");
 }
 
 } // namespace Corvane::Test
