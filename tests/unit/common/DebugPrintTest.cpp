@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <csignal>
 #include <gmock/gmock.h>
@@ -39,12 +40,18 @@ TEST(DebugPrint, WritesTimeProcessLevelModuleComponentLineAndMessage)
                                               process + " E Module component:42 answer is 42\n"));
 }
 
+/// The second of the clock that the lines carry. `std::time` reads another one, which is some milliseconds behind.
+std::time_t currentSecond()
+{
+    return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+}
+
 TEST(DebugPrint, GivesTheTimeInUtc)
 {
     CapturedOutput error;
-    const std::time_t before = std::time(nullptr);
+    const std::time_t before = currentSecond();
     corvaneDebugPrint(DEBUG_ERROR, "Module", "component", 1, "now");
-    const std::time_t after = std::time(nullptr);
+    const std::time_t after = currentSecond();
 
     std::tm printed{};
     ASSERT_NE(strptime(error.getText().c_str(), "%Y-%m-%dT%H:%M:%S", &printed), nullptr);
