@@ -74,7 +74,8 @@ public:
 
 private:
     void acquireSurface();
-    ORUClient& requireClient(const char* function);
+    /// @param function, line  of the caller, for the log
+    ORUClient& requireClient(const char* function, int line = __builtin_LINE());
 
     ORUClient* client; ///< owned; null until `init()` has asked for the surface
     IResourceAcquisition::ResourceToken resourceToken;

@@ -20,7 +20,7 @@ using Listener = IApplication::IApplicationListener;
 /// @return the state before
 std::string exchangeState(std::string& held, const std::string& newState)
 {
-    const std::string oldState = held;
+    std::string oldState = held;
     held = newState;
     return oldState;
 }

@@ -15,10 +15,10 @@ namespace
 
 constexpr const char* TAG = "TekloWindow";
 
-[[noreturn]] void fail(const char* function, ReturnCode code)
+[[noreturn]] void fail(const char* function, ReturnCode code, int line = __builtin_LINE())
 {
     const Exception exception(code);
-    corvaneDebugPrint(DEBUG_ERROR, TAG, TAG, __LINE__, "%s(): throwing exception: %s\n", function, exception.what());
+    corvaneDebugPrint(DEBUG_ERROR, TAG, TAG, line, "%s(): throwing exception: %s\n", function, exception.what());
     throw exception;
 }
 
@@ -80,11 +80,11 @@ void TekloWindow::acquireSurface()
     publish();
 }
 
-ORUClient& TekloWindow::requireClient(const char* function)
+ORUClient& TekloWindow::requireClient(const char* function, int line)
 {
     ORUClient* const acquired = std::atomic_ref(client).load();
     if (acquired == nullptr)
-        fail(function, RETURN_INVALID_STATE);
+        fail(function, RETURN_INVALID_STATE, line);
     return *acquired;
 }
 

@@ -14,10 +14,10 @@ namespace
 
 constexpr const char* TAG = "Window";
 
-[[noreturn]] void throwInvalidParameter(const char* function)
+[[noreturn]] void throwInvalidParameter(const char* function, int line = __builtin_LINE())
 {
     const Exception exception(RETURN_INVALID_PARAMETER);
-    corvaneDebugPrint(DEBUG_ERROR, TAG, TAG, __LINE__, "%s(): throwing exception: %s\n", function, exception.what());
+    corvaneDebugPrint(DEBUG_ERROR, TAG, TAG, line, "%s(): throwing exception: %s\n", function, exception.what());
     throw exception;
 }
 

@@ -70,11 +70,11 @@ void RemoteClient::init()
     connection = std::make_unique<RPCClient>("ORU");
 }
 
-std::string RemoteClient::call(const char* method, const std::string& parameters)
+std::string RemoteClient::call(const char* method, const std::string& parameters, int line)
 {
     if (!connection) {
         const Exception exception(RETURN_INVALID_STATE);
-        corvaneDebugPrint(DEBUG_ERROR, TAG, TAG, __LINE__, "%s(): throwing exception: %s\n", method, exception.what());
+        corvaneDebugPrint(DEBUG_ERROR, TAG, TAG, line, "%s(): throwing exception: %s\n", method, exception.what());
         throw exception;
     }
     try {
@@ -105,20 +105,20 @@ void RemoteClient::releaseResource(const ResourceToken& token)
 }
 
 template <class T>
-void RemoteClient::setProperty(const char* method, unsigned int index, const char* key, const T& value)
+void RemoteClient::setProperty(const char* method, unsigned int index, const char* key, const T& value, int line)
 {
     Serializer serializer;
     serializer.beginObject("");
     serializer.writeUnsigned("index", index);
     write(key, value, serializer);
     serializer.endObject("");
-    call(method, serializer.generate());
+    call(method, serializer.generate(), line);
 }
 
 template <class T>
-T RemoteClient::getProperty(const char* method, unsigned int index)
+T RemoteClient::getProperty(const char* method, unsigned int index, int line)
 {
-    return read<T>(call(method, writeIndex(index)));
+    return read<T>(call(method, writeIndex(index), line));
 }
 
 void RemoteClient::setVisibility(const unsigned int& index, bool visibility)

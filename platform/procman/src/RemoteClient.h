@@ -32,11 +32,13 @@ public:
     void sendBackward(const unsigned int& index) override;
 
 private:
-    std::string call(const char* method, const std::string& parameters);
+    /// @param line  of the operation, for the log
+    std::string call(const char* method, const std::string& parameters, int line = __builtin_LINE());
     template <class T>
-    void setProperty(const char* method, unsigned int index, const char* key, const T& value);
+    void setProperty(const char* method, unsigned int index, const char* key, const T& value,
+                     int line = __builtin_LINE());
     template <class T>
-    T getProperty(const char* method, unsigned int index);
+    T getProperty(const char* method, unsigned int index, int line = __builtin_LINE());
 
     const Client::Type type;
     std::unique_ptr<RPCClient> connection; ///< from `init()` on

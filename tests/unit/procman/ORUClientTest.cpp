@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <set>
 #include <support/CapturedOutput.h>
 #include <support/TemporaryDirectory.h>
 #include <sys/socket.h>
@@ -92,14 +93,25 @@ TEST_F(ORUClientTest, RefusesATypeThatDoesNotExist)
 
 TEST_F(ORUClientTest, IsToBeStartedFirst)
 {
+    const std::function<void()> operations[] = {[&] {
+                                                    client->releaseResource({3, 4});
+                                                },
+                                                [&] { client->setOpacity(4, 1); }, [&] { client->getOpacity(4); },
+                                                [&] { client->bringToFront(4); }};
     CapturedOutput error;
-    try {
-        client->getOpacity(4);
-        ADD_FAILURE() << "nothing was thrown";
-    } catch (const Exception& exception) {
-        EXPECT_EQ(exception.getCode(), RETURN_INVALID_STATE);
+    for (const auto& operation : operations) {
+        try {
+            operation();
+            ADD_FAILURE() << "nothing was thrown";
+        } catch (const Exception& exception) {
+            EXPECT_EQ(exception.getCode(), RETURN_INVALID_STATE);
+        }
     }
-    EXPECT_EQ(error.getMessages().size(), 1U);
+    EXPECT_EQ(error.getMessages().size(), 4U);
+    std::set<int> lines;
+    for (const DebugLine& line : error.getDebugLines())
+        lines.insert(line.line);
+    EXPECT_EQ(lines.size(), 4U) << "each operation logs a line of its own";
 }
 
 TEST_F(ORUClientTest, AsksForAWindowWithItsUidItsProcessAndItsSettings)

@@ -211,12 +211,15 @@ TEST_F(TekloWindowTest, ThrowsCode2FromEveryOperationOnItsSurfaceBeforeItHasOne)
         // As a remote caller reaches it.
         [&] { static_cast<IWindow&>(window).setOpacity(std::string("caller"), 1U); },
     };
+    std::set<int> lines;
     for (const auto& operation : operations) {
         CapturedOutput error;
         EXPECT_EQ(codeOf(operation), RETURN_INVALID_STATE);
         ASSERT_EQ(error.getMessages().size(), 1U);
         EXPECT_THAT(error.getMessages().front(), HasSubstr("(): throwing exception: Invalid state"));
+        lines.insert(error.getDebugLines().front().line);
     }
+    EXPECT_EQ(lines.size(), 12U) << "each operation logs a line of its own";
     EXPECT_THAT(journal.read(), IsEmpty()) << "no listener is told of what did not happen";
 }
 

@@ -113,7 +113,10 @@ TEST_F(WindowLaunch, ReportsAMissingApplicationTypeAndThenTheException)
     EXPECT_EQ(error.getMessages(),
               (std::vector<std::string>{"/usr/bin/player is missing launchParameters",
                                         "findLaunchParameters(): throwing exception: Invalid parameter"}));
-    for (const DebugLine& line : error.getDebugLines()) {
+    codeOf([] { TestWindow::findLaunchParameters(0, nullptr); });
+    const std::vector<DebugLine> lines = error.getDebugLines();
+    EXPECT_NE(lines[1].line, lines[2].line) << "the line is the one that found the problem";
+    for (const DebugLine& line : lines) {
         EXPECT_EQ(line.level, 'E');
         EXPECT_EQ(line.module, "Window");
     }
