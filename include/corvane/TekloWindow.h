@@ -20,6 +20,12 @@ class ORUClient;
 /// The operations on the surface block until the manager has answered, and may be called from any thread once `init()`
 /// has returned. Before, they throw Exception code 2: the window's control server is up earlier than the window. What
 /// the client of the process manager throws (RPCError) passes through.
+///
+/// A setter that throws RPCError for any reason but CALL_FAILED (which is the manager's refusal) leaves open what
+/// holds: the manager may carry the change out later, when it goes on. The window's copy and its listeners still have
+/// the old value then. They learn the new one by the next getter of that property, which tells the listeners on its own
+/// thread, or by the next setter that is answered. A stacking operation without an answer may be carried out later as
+/// well; `getZOrder` and the manager know.
 class CORVANE_EXPORT TekloWindow : public Window
 {
 public:
@@ -51,7 +57,8 @@ public:
     void setOpacity(unsigned int opacity) override;
     void setZOrder(unsigned int zOrder) override;
     void setLocation(const ISurfaceCompositing::Rect& location) override;
-    /// The getters return what the compositor says; the local copy is not consulted.
+    /// The getters return what the compositor says; the local copy is not consulted. Where it differs after a setter
+    /// without an answer, it is changed and the listeners are told.
     bool getVisibility() override;
     unsigned int getOpacity() override;
     unsigned int getZOrder() override;

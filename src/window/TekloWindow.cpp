@@ -2,10 +2,15 @@
 
 #include <atomic>
 #include <corvane/Foundation.h>
+#include <corvane/common/RPCError.h>
 #include <corvane/procman/ORUClient.h>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <mutex>
+#include <set>
+#include <utility>
 
 namespace Corvane
 {
@@ -41,6 +46,64 @@ void release(ORUClient& client, const IResourceAcquisition::ResourceToken& token
     }
 }
 
+/// A property of the surface that the window keeps a copy of.
+enum class Property { VISIBILITY, OPACITY, Z_ORDER, LOCATION };
+
+/// The properties whose last setter got no answer: the manager may carry the change out all the same, later, and then
+/// the window's copy is not what its surface has. Kept beside the windows, since a member would change what
+/// applications were compiled against. Thread-safe.
+class Doubts
+{
+public:
+    void add(const TekloWindow& window, Property property)
+    {
+        const std::lock_guard<Mutex> guard(mutex);
+        entries.emplace(&window, property);
+    }
+    void remove(const TekloWindow& window, Property property)
+    {
+        const std::lock_guard<Mutex> guard(mutex);
+        entries.erase({&window, property});
+    }
+    bool has(const TekloWindow& window, Property property) const
+    {
+        const std::lock_guard<Mutex> guard(mutex);
+        return entries.contains({&window, property});
+    }
+    void forget(const TekloWindow& window)
+    {
+        const std::lock_guard<Mutex> guard(mutex);
+        std::erase_if(entries, [&](const auto& entry) { return entry.first == &window; });
+    }
+
+private:
+    mutable Mutex mutex{"TekloWindow::doubts", 0};
+    std::set<std::pair<const TekloWindow*, Property>> entries;
+};
+
+Doubts doubts;
+
+/// Runs what asks the manager for a change, and notes whether the window knows afterwards what its surface has.
+template <class Change>
+void changeSurface(const TekloWindow& window, Property property, Change change)
+{
+    try {
+        change();
+    } catch (const RPCError& error) {
+        // A refusal is an answer and changes nothing; without one, the call may still be waiting with the manager.
+        if (error.getReason() != RPCError::Reason::CALL_FAILED)
+            doubts.add(window, property);
+        throw;
+    }
+    doubts.remove(window, property);
+}
+
+bool isSame(const ISurfaceCompositing::Rect& one, const ISurfaceCompositing::Rect& other)
+{
+    return one.getX() == other.getX() && one.getY() == other.getY() && one.getWidth() == other.getWidth() &&
+           one.getHeight() == other.getHeight();
+}
+
 } // namespace
 
 TekloWindow::TekloWindow(int argc, char** argv) : Window(argc, argv), client(nullptr) {}
@@ -51,6 +114,7 @@ TekloWindow::~TekloWindow()
         release(*client, resourceToken);
     delete client;
     client = nullptr;
+    doubts.forget(*this);
 }
 
 void TekloWindow::init()
@@ -90,46 +154,63 @@ ORUClient& TekloWindow::requireClient(const char* function, int line)
 
 void TekloWindow::setVisibility(bool visibility)
 {
-    requireClient(__func__).setVisibility(getClientId(), visibility);
+    ORUClient& acquired = requireClient(__func__);
+    changeSurface(*this, Property::VISIBILITY, [&] { acquired.setVisibility(getClientId(), visibility); });
     Window::setVisibility(visibility);
 }
 
 bool TekloWindow::getVisibility()
 {
-    return requireClient(__func__).getVisibility(getClientId());
+    const bool visibility = requireClient(__func__).getVisibility(getClientId());
+    if (doubts.has(*this, Property::VISIBILITY) && visibility != Window::getVisibility())
+        Window::setVisibility(visibility);
+    return visibility;
 }
 
 void TekloWindow::setOpacity(unsigned int opacity)
 {
-    requireClient(__func__).setOpacity(getClientId(), opacity);
+    ORUClient& acquired = requireClient(__func__);
+    changeSurface(*this, Property::OPACITY, [&] { acquired.setOpacity(getClientId(), opacity); });
     Window::setOpacity(opacity);
 }
 
 unsigned int TekloWindow::getOpacity()
 {
-    return requireClient(__func__).getOpacity(getClientId());
+    const unsigned int opacity = requireClient(__func__).getOpacity(getClientId());
+    // The copy has the low 8 bits.
+    if (doubts.has(*this, Property::OPACITY) && static_cast<std::uint8_t>(opacity) != Window::getOpacity())
+        Window::setOpacity(opacity);
+    return opacity;
 }
 
 void TekloWindow::setZOrder(unsigned int zOrder)
 {
-    requireClient(__func__).setZOrder(getClientId(), zOrder);
+    ORUClient& acquired = requireClient(__func__);
+    changeSurface(*this, Property::Z_ORDER, [&] { acquired.setZOrder(getClientId(), zOrder); });
     Window::setZOrder(zOrder);
 }
 
 unsigned int TekloWindow::getZOrder()
 {
-    return requireClient(__func__).getZOrder(getClientId());
+    const unsigned int zOrder = requireClient(__func__).getZOrder(getClientId());
+    if (doubts.has(*this, Property::Z_ORDER) && zOrder != Window::getZOrder())
+        Window::setZOrder(zOrder);
+    return zOrder;
 }
 
 void TekloWindow::setLocation(const ISurfaceCompositing::Rect& location)
 {
-    requireClient(__func__).setLocation(getClientId(), location);
+    ORUClient& acquired = requireClient(__func__);
+    changeSurface(*this, Property::LOCATION, [&] { acquired.setLocation(getClientId(), location); });
     Window::setLocation(location);
 }
 
 ISurfaceCompositing::Rect TekloWindow::getLocation()
 {
-    return requireClient(__func__).getLocation(getClientId());
+    const ISurfaceCompositing::Rect location = requireClient(__func__).getLocation(getClientId());
+    if (doubts.has(*this, Property::LOCATION) && !isSame(location, Window::getLocation()))
+        Window::setLocation(location);
+    return location;
 }
 
 void TekloWindow::bringToFront()

@@ -1,6 +1,7 @@
 #include "FakeORUClient.h"
 
 #include "Journal.h"
+#include <corvane/common/RPCError.h>
 #include <corvane/foundation/Exception.h>
 #include <stdexcept>
 
@@ -88,6 +89,10 @@ private:
             throw std::runtime_error(call + " failed");
         if (manager.failingCall == call + " with code 2")
             throw Exception(RETURN_INVALID_STATE);
+        if (manager.failingCall == call + " as refused")
+            throw RPCError(RPCError::Reason::CALL_FAILED, -32000, "refused");
+        if (manager.answersNoSetters && call.starts_with("set"))
+            throw RPCError(RPCError::Reason::TIMED_OUT, RETURN_TIMED_OUT, "Timed out");
     }
     static void note(const std::string& call, unsigned int index, const std::string& value = "")
     {

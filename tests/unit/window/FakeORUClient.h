@@ -16,6 +16,8 @@ struct FakeManager {
     /// What the next calls throw: at creation, at the start, at the request, at any operation on the surface, at the
     /// release.
     std::string failingCall;
+    /// Whether the deadline of every setter passes. Nothing is changed then: a late change is the test's.
+    bool answersNoSetters = false;
     unsigned int tokenState = IResourceAcquisition::ResourceToken::STATE_GRANTED;
     unsigned int resourceIndex = 4;
 

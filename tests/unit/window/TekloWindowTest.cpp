@@ -2,9 +2,12 @@
 
 #include "FakeORUClient.h"
 #include "WindowFakes.h"
+#include <corvane/common/RPCError.h>
 #include <corvane/foundation/Exception.h>
 #include <functional>
 #include <gmock/gmock.h>
+#include <optional>
+#include <set>
 #include <support/CapturedOutput.h>
 
 namespace Corvane::Test
@@ -290,6 +293,135 @@ TEST_F(TekloWindowTest, LeavesItselfAloneWhenTheCompositorRefuses)
 
     EXPECT_EQ(window.Window::getZOrder(), 0U);
     EXPECT_THAT(journal.read(), ElementsAre("client.setZOrder(4, 7)"));
+}
+
+/// A window whose manager answered no setter in time, and its listener.
+class TekloWindowInDoubt : public TekloWindowTest
+{
+protected:
+    TekloWindowInDoubt()
+    {
+        window->init();
+        window->addListener(&listener);
+        manager.opacity = 200;
+        manager.answersNoSetters = true;
+        EXPECT_THROW(window->setVisibility(false), RPCError);
+        EXPECT_THROW(window->setOpacity(128), RPCError);
+        EXPECT_THROW(window->setZOrder(7), RPCError);
+        EXPECT_THROW(window->setLocation(Rect(1, 2, 3, 4)), RPCError);
+        manager.answersNoSetters = false;
+        journal.clear();
+    }
+    ~TekloWindowInDoubt() override { window.reset(); }
+
+    /// What the manager does when it goes on.
+    static void carryOut()
+    {
+        manager.visibility = false;
+        manager.opacity = 128;
+        manager.zOrder = 7;
+        manager.location = Rect(1, 2, 3, 4);
+    }
+    void getAll()
+    {
+        window->getVisibility();
+        window->getOpacity();
+        window->getZOrder();
+        window->getLocation();
+    }
+    /// @return what the listener heard so far
+    static Journal::Entries heard()
+    {
+        Journal::Entries entries;
+        for (const std::string& entry : journal.read())
+            if (entry.starts_with("listener."))
+                entries.push_back(entry);
+        return entries;
+    }
+
+    RecordingWindowListener listener{"listener"};
+    std::optional<TestTekloWindow> window{arguments()};
+};
+
+TEST_F(TekloWindowInDoubt, LearnsByItsNextGetterThatAChangeWasCarriedOutAfterAll)
+{
+    getAll();
+    EXPECT_THAT(heard(), IsEmpty()) << "nothing has been carried out";
+    EXPECT_EQ(window->Window::getOpacity(), 200U);
+
+    carryOut();
+    EXPECT_FALSE(window->getVisibility());
+    EXPECT_EQ(window->getOpacity(), 128U);
+    EXPECT_EQ(window->getZOrder(), 7U);
+    EXPECT_EQ(text(window->getLocation()), text(Rect(1, 2, 3, 4)));
+
+    EXPECT_THAT(heard(),
+                ElementsAre("listener.onVisibilityChange(player, true, false)",
+                            "listener.onOpacityChange(player, 200, 128)", "listener.onZOrderChange(player, 0, 7)",
+                            "listener.onLocationChange(player, " + text(Rect(0, 0, 1280, 720)) + ", " +
+                                text(Rect(1, 2, 3, 4)) + ")"));
+    EXPECT_FALSE(window->Window::getVisibility());
+    EXPECT_EQ(window->Window::getOpacity(), 128U);
+    EXPECT_EQ(window->Window::getZOrder(), 7U);
+    EXPECT_EQ(text(window->Window::getLocation()), text(Rect(1, 2, 3, 4)));
+
+    journal.clear();
+    getAll();
+    EXPECT_THAT(heard(), IsEmpty()) << "told once";
+}
+
+TEST_F(TekloWindowInDoubt, KnowsAgainWhatHoldsAfterASetterThatWasAnswered)
+{
+    manager.forcedZOrder = 3;
+    window->setZOrder(9);
+    EXPECT_EQ(window->getZOrder(), 3U);
+
+    EXPECT_THAT(heard(), ElementsAre("listener.onZOrderChange(player, 0, 9)"));
+    EXPECT_EQ(window->Window::getZOrder(), 9U);
+}
+
+TEST_F(TekloWindowInDoubt, StaysInDoubtAfterASetterThatWasRefused)
+{
+    manager.failingCall = "setZOrder as refused";
+    EXPECT_THROW(window->setZOrder(9), RPCError);
+    carryOut();
+    EXPECT_EQ(window->getZOrder(), 7U);
+
+    EXPECT_THAT(heard(), ElementsAre("listener.onZOrderChange(player, 0, 7)"));
+}
+
+TEST_F(TekloWindowInDoubt, ComparesTheOpacityByTheBitsThatItKeeps)
+{
+    manager.opacity = 456;
+    EXPECT_EQ(window->getOpacity(), 456U);
+    EXPECT_THAT(heard(), IsEmpty()) << "200 are the low bits of 456";
+}
+
+TEST_F(TekloWindowInDoubt, LeavesItsDoubtsToNoOtherWindow)
+{
+    window.emplace(arguments());
+    window->init();
+    window->addListener(&listener);
+    journal.clear();
+    carryOut();
+    getAll();
+
+    EXPECT_THAT(heard(), IsEmpty());
+}
+
+TEST_F(TekloWindowTest, IsInNoDoubtAfterAChangeThatWasRefused)
+{
+    RecordingWindowListener listener("listener");
+    TestTekloWindow window(arguments());
+    window.init();
+    window.addListener(&listener);
+    manager.failingCall = "setZOrder as refused";
+    EXPECT_THROW(window.setZOrder(7), RPCError);
+    manager.zOrder = 3;
+    journal.clear();
+
+    EXPECT_EQ(window.getZOrder(), 3U);
+    EXPECT_THAT(journal.read(), ElementsAre("client.getZOrder(4)"));
 }
 
 TEST_F(TekloWindowTest, PassesStackingOnAndTellsNobody)
