@@ -52,7 +52,7 @@ public:
     void serialize(Serializer& serializer) const override
     {
         for (const auto& [name, value] : values) {
-            if constexpr (IS_SERIAL_OBJECT)
+            if constexpr (std::is_base_of_v<SerialObject, T>)
                 static_cast<const SerialObject&>(value).serialize(name, serializer);
             else
                 Corvane::serialize(name, value, serializer);
@@ -64,10 +64,9 @@ public:
     const std::map<std::string, T>& getValues() const { return values; }
 
 private:
-    static constexpr bool IS_SERIAL_OBJECT = std::is_base_of_v<SerialObject, T>;
     // Another type would be converted to one of these on its way out, and come back as another value.
-    static_assert(IS_SERIAL_OBJECT || std::is_same_v<T, std::string> || std::is_same_v<T, unsigned int> ||
-                      std::is_same_v<T, int> || std::is_same_v<T, bool>,
+    static_assert(std::is_base_of_v<SerialObject, T> || std::is_same_v<T, std::string> ||
+                      std::is_same_v<T, unsigned int> || std::is_same_v<T, int> || std::is_same_v<T, bool>,
                   "a map holds texts, 32-bit integers, booleans or serial objects");
 
     void initMap(Deserializer& deserializer)
