@@ -81,7 +81,8 @@ private:
     std::set<std::pair<const TekloWindow*, Property>> entries;
 };
 
-Doubts doubts;
+/// Never destroyed: the control server's handlers may still run while the process exits.
+Doubts& doubts = *new Doubts;
 
 /// Runs what asks the manager for a change, and notes whether the window knows afterwards what its surface has.
 template <class Change>
