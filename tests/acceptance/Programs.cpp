@@ -1,5 +1,6 @@
 #include "Programs.h"
 
+#include <corvane/common/RPCClient.h>
 #include <csignal>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -19,7 +20,16 @@ Outcome corvanectl(const Words& words)
 HelloWindow::HelloWindow(const std::string& uid)
     : process({HELLO_WINDOW, "--application-type=demo", "--authorization-token=" + uid}, leavingSignalsToTheProgram())
 {
-    if (!await([&uid] { return corvanectl({"state", uid}).output == "RUNNING\n"; }))
+    // Asked by its own name: corvanectl takes a uid for the whole name of another server until this one is there.
+    RPCClient client("APP" + uid);
+    const auto runs = [&client] {
+        try {
+            return client.call("IApplication::getState") == "\"RUNNING\"";
+        } catch (const RPCError&) {
+            return false;
+        }
+    };
+    if (!await(runs))
         throw std::runtime_error("hello-window does not run: " + process.getError());
 }
 
