@@ -49,7 +49,7 @@ void write(const ManagedApplication& application, Box& box, bool isFocused, Seri
 {
     serializer.beginObject("");
     serializer.writeString("uid", application.uid);
-    serializer.writeString("program", application.program);
+    application.writeIdentity(serializer);
     serializer.writeString("phase", nameOf(application));
     if (application.state.empty())
         serializer.writeNull("state");

@@ -55,6 +55,7 @@ StartRecord makeStartRecord(const ManagedApplication& application)
             .pid = application.process ? application.process->getPid() : 0,
             .startTime = application.process ? application.process->getStartTime() : std::string(),
             .program = application.program,
+            .type = application.type,
             .restarts = application.restarts,
             .request = application.request};
 }

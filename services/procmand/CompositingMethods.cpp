@@ -98,6 +98,8 @@ std::string ManagerServer::getWindows(const Request& request)
     for (const WindowState& window : box.windows.getWindows()) {
         serializer.beginObject("");
         window.serialize(serializer);
+        if (const ManagedApplication* const application = box.registry.find(window.uid))
+            application->writeIdentity(serializer);
         serializer.writeBoolean("focus", window.uid == focus.getFocused());
         serializer.endObject("");
     }

@@ -19,6 +19,7 @@ constexpr DFBColor BACKGROUND{.a = 0xFF, .r = 0x10, .g = 0x18, .b = 0x20};
 constexpr DFBColor FRAME{.a = 0xFF, .r = 0xFF, .g = 0xC0, .b = 0x20};
 constexpr int FRAME_WIDTH = 4;
 constexpr int TEXT_HEIGHT = 16;
+constexpr int LINE_HEIGHT = 20;
 constexpr int TEXT_MARGIN = 8;
 
 /// DirectFB's interfaces are released, not deleted.
@@ -91,13 +92,8 @@ private:
         const Colour colour = colourOf(wanted.uid);
         check(surface->Clear(surface, colour.red, colour.green, colour.blue, 0xFF), "Clear");
         const Area& whole = wanted.whole;
-        if (font != nullptr) {
-            check(surface->SetFont(surface, font), "SetFont");
-            check(surface->SetColor(surface, 0xFF, 0xFF, 0xFF, 0xFF), "SetColor");
-            check(surface->DrawString(surface, wanted.uid.c_str(), -1, whole.x + TEXT_MARGIN, whole.y + TEXT_MARGIN,
-                                      DSTF_TOPLEFT),
-                  "DrawString");
-        }
+        if (font != nullptr)
+            write(wanted, surface, font);
         if (wanted.hasFocus) {
             check(surface->SetColor(surface, FRAME.r, FRAME.g, FRAME.b, FRAME.a), "SetColor");
             for (int i = 0; i < FRAME_WIDTH && 2 * i < whole.width && 2 * i < whole.height; ++i)
@@ -106,6 +102,18 @@ private:
                       "DrawRectangle");
         }
         check(surface->Flip(surface, nullptr, DSFLIP_NONE), "Flip");
+    }
+
+    static void write(const ShownWindow& wanted, IDirectFBSurface* surface, IDirectFBFont* font)
+    {
+        check(surface->SetFont(surface, font), "SetFont");
+        check(surface->SetColor(surface, 0xFF, 0xFF, 0xFF, 0xFF), "SetColor");
+        int y = wanted.whole.y + TEXT_MARGIN;
+        for (const std::string& line : {wanted.label, wanted.uid}) {
+            check(surface->DrawString(surface, line.c_str(), -1, wanted.whole.x + TEXT_MARGIN, y, DSTF_TOPLEFT),
+                  "DrawString");
+            y += LINE_HEIGHT;
+        }
     }
 
     Owned<IDirectFBWindow> window;

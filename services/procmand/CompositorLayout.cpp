@@ -26,6 +26,19 @@ int narrow(std::int64_t value)
         std::clamp<std::int64_t>(value, std::numeric_limits<int>::min() / 2, std::numeric_limits<int>::max() / 2));
 }
 
+/// @return the text with a question mark in the place of each character that is no printable ASCII
+std::string makeDrawable(const std::string& text)
+{
+    std::string drawable;
+    for (const char byte : text) {
+        if (byte >= ' ' && byte <= '~')
+            drawable += byte;
+        else if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80) // the first byte of a character
+            drawable += '?';
+    }
+    return drawable;
+}
+
 } // namespace
 
 std::vector<ShownWindow> layOut(const Scene& scene, int screenWidth, int screenHeight)
@@ -42,6 +55,7 @@ std::vector<ShownWindow> layOut(const Scene& scene, int screenWidth, int screenH
             continue;
         shown.push_back({.index = window.index,
                          .uid = window.uid,
+                         .label = makeDrawable(window.label),
                          .part = {narrow(columns.begin), narrow(rows.begin), narrow(columns.end - columns.begin),
                                   narrow(rows.end - rows.begin)},
                          .whole = {narrow(x - columns.begin), narrow(y - rows.begin), narrow(width), narrow(height)},

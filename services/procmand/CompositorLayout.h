@@ -21,8 +21,9 @@ struct Area {
 struct ShownWindow {
     unsigned int index = 0;
     std::string uid;
-    Area part;  ///< what of it is on the screen, in the pixels of the screen
-    Area whole; ///< all of it, seen from the upper left corner of `part`
+    std::string label; ///< which application that is: ASCII, as every font has it
+    Area part;         ///< what of it is on the screen, in the pixels of the screen
+    Area whole;        ///< all of it, seen from the upper left corner of `part`
     std::uint8_t opacity = 255;
     bool hasFocus = false;
 };

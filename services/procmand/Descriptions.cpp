@@ -31,10 +31,16 @@ constexpr std::string_view TOKEN = R"({"type":"object","properties":{)"
                                    R"("state":{"type":"integer","description":"3: granted"},)"
                                    R"("resourceIndex":{"type":"integer"}}})";
 
-constexpr RPCParameterDescription LAUNCH[] = {{"program", STRING},         {"arguments", STRINGS},
-                                              {"environment", OBJECT},     {"workingDirectory", STRING},
-                                              {"applicationType", STRING}, {"applicationParameters", STRING},
-                                              {"restart", MODE},           {"compositingParameters", SETTINGS}};
+constexpr RPCParameterDescription LAUNCH[] = {{"program", STRING},
+                                              {"arguments", STRINGS},
+                                              {"environment", OBJECT},
+                                              {"workingDirectory", STRING},
+                                              {"applicationType", STRING},
+                                              {"applicationParameters", STRING},
+                                              {"restart", MODE},
+                                              {"compositingParameters", SETTINGS},
+                                              {"name", STRING},
+                                              {"uid", STRING}};
 constexpr RPCParameterDescription UID[] = {{"uid", STRING}};
 constexpr RPCParameterDescription UID_AND_PID[] = {{"uid", STRING}, {"pid", INTEGER}};
 constexpr RPCParameterDescription LIMIT[] = {{"limit", UNSIGNED}};
@@ -92,9 +98,10 @@ constexpr RPCParameterDescription LAUNCHED[] = {
 constexpr RPCParameterDescription LAUNCH_FAILED[] = {{"uid", STRING}, {"program", STRING}, {"reason", STRING}};
 constexpr RPCParameterDescription REGISTERED[] = {{"uid", STRING}, {"pid", INTEGER}, {"program", STRING}};
 constexpr RPCParameterDescription ENDED[] = {
-    {"uid", STRING},       {"pid", INTEGER},        {"program", STRING},    {"time", STRING},
-    {"exitCode", INTEGER}, {"signal", INTEGER},     {"state", STRING},      {"previousState", STRING},
-    {"ranAway", BOOLEAN},  {"wasStopped", BOOLEAN}, {"restarts", UNSIGNED}, {"standardError", STRING}};
+    {"uid", STRING},           {"pid", INTEGER},      {"program", STRING},     {"time", STRING},
+    {"name", STRING},          {"exitCode", INTEGER}, {"signal", INTEGER},     {"state", STRING},
+    {"previousState", STRING}, {"ranAway", BOOLEAN},  {"wasStopped", BOOLEAN}, {"restarts", UNSIGNED},
+    {"standardError", STRING}};
 constexpr RPCParameterDescription STOPPED[] = {{"uid", STRING}, {"means", STRING}};
 constexpr RPCParameterDescription FAILED[] = {{"uid", STRING}, {"reason", STRING}};
 constexpr RPCParameterDescription DELAYED[] = {{"uid", STRING}, {"delayMs", UNSIGNED}, {"restartsInRow", UNSIGNED}};

@@ -28,6 +28,7 @@ std::string EndRecord::write() const
     serializer.writeString("uid", uid);
     serializer.writeInteger("pid", pid);
     serializer.writeString("program", program);
+    serializer.writeString("name", name);
     writeNumber("exitCode", end.exitCode, serializer);
     writeNumber("signal", end.signal, serializer);
     serializer.writeString("state", state);

@@ -13,6 +13,7 @@ struct EndRecord {
     std::string uid;
     pid_t pid = 0;
     std::string program;
+    std::string name; ///< what people called it, empty for none
     ProcessEnd end;
     std::string state;         ///< the last one that was heard of
     std::string previousState; ///< the one before it

@@ -14,12 +14,30 @@ using Corvane::Deserializer;
 using Corvane::SerialError;
 using Settings = Corvane::ISurfaceManagement::CreationSettings;
 
+/// Names are typed by people, and uids are parts of file names.
+constexpr std::size_t NAME_LENGTH = 32;
+constexpr std::size_t UID_LENGTH = 64;
+constexpr std::string_view NAME_LETTERS = "abcdefghijklmnopqrstuvwxyz0123456789-";
+constexpr std::string_view UID_LETTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._";
+
 /// Replaces the value by the member `key`, where there is one.
 template <class T>
 void readOptional(const char* key, T& value, Deserializer& deserializer)
 {
     if (deserializer.hasMember(key))
         value = deserialize<T>(key, deserializer);
+}
+
+/// Reads what an application is to be known by. The first letter is none that makes an option or a hidden file of it.
+void readIdentity(const char* key, std::string& value, std::string_view letters, std::size_t length,
+                  const char* expected, Deserializer& deserializer)
+{
+    if (!deserializer.hasMember(key))
+        return;
+    value = deserialize<std::string>(key, deserializer);
+    if (value.empty() || value.size() > length || value.find_first_not_of(letters) != value.npos ||
+        value.front() == '-' || value.front() == '.')
+        deserializer.fail(key, expected);
 }
 
 /// The deserializer knows no arrays, so this one member is read with the parser itself.
@@ -90,6 +108,10 @@ LaunchRequest LaunchRequest::read(const std::string& text)
     request.program = deserialize<std::string>("program", deserializer);
     if (request.program.empty())
         deserializer.fail("program", "is empty");
+    readIdentity("name", request.name, NAME_LETTERS, NAME_LENGTH,
+                 "expected 1 to 32 of a-z, 0-9 and -, the first one no -", deserializer);
+    readIdentity("uid", request.uid, UID_LETTERS, UID_LENGTH,
+                 "expected 1 to 64 of A-Z, a-z, 0-9, -, . and _, the first one neither - nor .", deserializer);
     request.arguments = readArguments(text);
     request.environment = readEnvironment(deserializer);
     readOptional("workingDirectory", request.workingDirectory, deserializer);
@@ -110,6 +132,8 @@ std::string LaunchRequest::write() const
 {
     Corvane::Serializer serializer;
     serializer.beginObject("");
+    if (!name.empty())
+        serializer.writeString("name", name);
     serializer.writeString("program", program);
     serializer.beginArray("arguments");
     for (const std::string& argument : arguments)

@@ -8,6 +8,8 @@
 #include <corvane/foundation/Deserializer.h>
 #include <corvane/foundation/Exception.h>
 #include <sys/inotify.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <system_error>
 
 namespace Procmand
@@ -42,6 +44,20 @@ T readResult(const std::string& result)
 std::string serverNameOf(const std::string& uid)
 {
     return "APP" + uid;
+}
+
+pid_t findServer(const std::string& name)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    Corvane::RPCServer(name.c_str()).getFixedRPCAddress().copy(address.sun_path, sizeof address.sun_path - 1);
+    const Corvane::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
+        return 0;
+    return peer.pid;
 }
 
 Links::Links(Box& box, ILinkListener& listener)

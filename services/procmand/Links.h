@@ -58,5 +58,7 @@ private:
 
 /// @return the name of an application's control server
 std::string serverNameOf(const std::string& uid);
+/// @return the process that serves under this name, 0 when nobody does
+pid_t findServer(const std::string& name);
 
 } // namespace Procmand

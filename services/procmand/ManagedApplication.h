@@ -29,6 +29,7 @@ struct ManagedApplication {
     std::string uid;
     std::optional<LaunchRequest> request; ///< none for an application that was started by hand
     std::string program;
+    std::string type; ///< its application type, empty where it has none or it is not known
     Phase phase = Phase::STARTING;
     std::optional<Process> process;    ///< while RUNNING
     std::optional<ProcessEnd> end;     ///< the process has ended, its last words may still come
@@ -60,6 +61,12 @@ struct ManagedApplication {
 
     /// @return whether there is a process that has not ended
     bool isAlive() const { return phase == Phase::RUNNING && process && !end; }
+    /// @return what people call it, empty for none
+    std::string getName() const { return request ? request->name : std::string(); }
+    /// Writes the members that tell people which application this is.
+    void writeIdentity(Corvane::Serializer& serializer) const;
+    /// The same as one short line: "kitchen, player, box-window", as far as it is known.
+    std::string describe() const;
 };
 
 /// The applications by uid. Guarded by the lock of the box.
@@ -77,6 +84,10 @@ public:
     ManagedApplication* find(const std::string& uid, unsigned long generation);
     /// @throws std::out_of_range  with a text for people
     ManagedApplication& require(const std::string& uid);
+    /// Makes sure that a launch gets its own uid and its own name. Both are looked for among uids and names alike: a
+    /// word of either kind stands for one application.
+    /// @throws std::runtime_error  one of them is taken
+    void requireFree(const LaunchRequest& request) const;
     /// Gives the application a new generation.
     void renew(ManagedApplication& application);
     Applications& getAll() { return applications; }

@@ -1,13 +1,12 @@
 #include "Manager.h"
 
 #include "Launcher.h"
+#include "Links.h"
 
 #include <corvane/foundation/DebugPrint.h>
 #include <csignal>
 #include <cstring>
 #include <sys/signalfd.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 
 namespace Procmand
 {
@@ -27,21 +26,6 @@ Corvane::FileDescriptor openSignals()
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
     return Corvane::FileDescriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
-}
-
-/// @return the process that serves under this name, 0 when nobody does
-pid_t findServer(const std::string& name)
-{
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    Corvane::RPCServer(name.c_str()).getFixedRPCAddress().copy(address.sun_path, sizeof address.sun_path - 1);
-    const Corvane::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
-        return 0;
-    return peer.pid;
 }
 
 std::string folderOf(const std::string& path)

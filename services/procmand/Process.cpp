@@ -7,7 +7,6 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace Procmand
 {
@@ -91,12 +90,13 @@ std::optional<Process::Usage> Process::readUsage() const
                  .residentKb = number(RESIDENT_PAGES) * pageKb};
 }
 
-std::string Process::readProgram() const
+std::vector<std::string> Process::readCommand() const
 {
     std::ifstream file(folderOf(pid) + "/cmdline");
-    std::string program;
-    std::getline(file, program, '\0');
-    return program;
+    std::vector<std::string> words;
+    for (std::string word; std::getline(file, word, '\0');)
+        words.push_back(word);
+    return words;
 }
 
 } // namespace Procmand

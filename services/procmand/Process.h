@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace Procmand
 {
@@ -46,8 +47,8 @@ public:
     ProcessEnd reap() const;
     /// @return none when it has ended
     std::optional<Usage> readUsage() const;
-    /// @return its command line's first word
-    std::string readProgram() const;
+    /// @return the words of its command line, the program first
+    std::vector<std::string> readCommand() const;
 
 private:
     Process(pid_t pid, bool isGroupLeader, int handle, std::string startTime);

@@ -5,6 +5,22 @@
 namespace Procmand
 {
 
+void ManagedApplication::writeIdentity(Corvane::Serializer& serializer) const
+{
+    serializer.writeString("name", getName());
+    serializer.writeString("applicationType", type);
+    serializer.writeString("program", program);
+}
+
+std::string ManagedApplication::describe() const
+{
+    std::string line;
+    for (const std::string& word : {getName(), type, program.substr(program.rfind('/') + 1)})
+        if (!word.empty())
+            line += (line.empty() ? "" : ", ") + word;
+    return line;
+}
+
 ManagedApplication& Registry::add(const std::string& uid)
 {
     ManagedApplication& application = applications[uid];
@@ -35,6 +51,15 @@ ManagedApplication& Registry::require(const std::string& uid)
     if (ManagedApplication* const application = find(uid))
         return *application;
     throw std::out_of_range("there is no application " + uid);
+}
+
+void Registry::requireFree(const LaunchRequest& request) const
+{
+    for (const auto& [uid, application] : applications)
+        for (const std::string& word : {request.name, request.uid})
+            if (!word.empty() && (word == uid || word == application.getName()))
+                throw std::runtime_error(word + " is taken: it is the " + (word == uid ? "uid" : "name") +
+                                         " of an application" + (word == uid ? "" : ", " + uid));
 }
 
 void Registry::renew(ManagedApplication& application)

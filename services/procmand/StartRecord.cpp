@@ -16,6 +16,7 @@ std::string StartRecord::write() const
     serializer.writeInteger("pid", pid);
     serializer.writeString("startTime", startTime);
     serializer.writeString("program", program);
+    serializer.writeString("applicationType", type);
     serializer.writeUnsigned("restarts", restarts);
     // As a text of its own: the request is read by its own rules.
     if (request)
@@ -35,6 +36,8 @@ StartRecord StartRecord::read(const std::string& text)
     record.pid = deserialize<int>("pid", deserializer);
     record.startTime = deserialize<std::string>("startTime", deserializer);
     record.program = deserialize<std::string>("program", deserializer);
+    if (deserializer.hasMember("applicationType")) // earlier versions did not write it
+        record.type = deserialize<std::string>("applicationType", deserializer);
     record.restarts = deserialize<unsigned int>("restarts", deserializer);
     if (deserializer.hasMember("request"))
         record.request = LaunchRequest::read(deserialize<std::string>("request", deserializer));

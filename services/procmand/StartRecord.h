@@ -17,6 +17,7 @@ struct StartRecord {
     pid_t pid = 0;
     std::string startTime; ///< of the process, in the system's unit
     std::string program;
+    std::string type; ///< its application type
     unsigned int restarts = 0;
     std::optional<LaunchRequest> request; ///< none for an application that was started by hand
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <corvane/foundation/DebugPrint.h>
 #include <corvane/foundation/Deserializer.h>
+#include <corvane/interfaces/IApplicationManager.h>
 #include <corvane/interfaces/ILifecycleManagement.h>
 #include <stdexcept>
 
@@ -34,6 +35,16 @@ bool isFailure(const ManagedApplication& application)
     return application.end->isFailure();
 }
 
+/// @return the application type that a command line gives, empty for none
+std::string findType(std::vector<std::string> command)
+{
+    std::vector<char*> words;
+    for (std::string& word : command)
+        words.push_back(word.data());
+    return Corvane::IApplicationManager::LaunchParameters(static_cast<int>(words.size()), words.data())
+        .getApplicationType();
+}
+
 } // namespace
 
 Supervisor::Supervisor(Box& box, FocusControl& focus, WindowService& windows)
@@ -50,8 +61,12 @@ std::string Supervisor::launch(LaunchRequest request)
 {
     if (box.isEnding)
         throw std::runtime_error("the process manager is ending");
-    ManagedApplication& application = box.registry.add(makeToken());
+    box.registry.requireFree(request);
+    if (!request.uid.empty() && findServer(serverNameOf(request.uid)) != 0)
+        throw std::runtime_error(request.uid + " is taken: a process that was not launched here has it");
+    ManagedApplication& application = box.registry.add(request.uid.empty() ? makeToken() : request.uid);
     application.program = request.program;
+    application.type = request.applicationType;
     application.request = std::move(request);
     startProgram(application);
     return application.uid;
@@ -129,7 +144,9 @@ bool Supervisor::adopt(const std::string& uid, pid_t pid)
         return false;
     }
     ManagedApplication& application = box.registry.add(uid);
-    application.program = process->readProgram();
+    const std::vector<std::string> command = process->readCommand();
+    application.program = command.empty() ? std::string() : command.front();
+    application.type = findType(command);
     watch(application, std::move(*process));
     box.notices.onRegister(uid, pid, application.program);
     return true;
@@ -146,6 +163,7 @@ void Supervisor::recover(const Recovery::Application& recovered)
     ManagedApplication& application = box.registry.add(start.uid);
     application.program = start.program;
     application.request = start.request;
+    application.type = start.type;
     application.restarts = start.restarts;
     if (lives)
         return watch(application, std::move(*process));
@@ -318,6 +336,7 @@ void Supervisor::recordEnd(const ManagedApplication& application)
                            .uid = application.uid,
                            .pid = application.process ? application.process->getPid() : 0,
                            .program = application.program,
+                           .name = application.getName(),
                            .end = *application.end,
                            .state = application.state,
                            .previousState = application.previousState,
@@ -369,6 +388,7 @@ void Supervisor::restartNow(ManagedApplication& application)
     next.uid = application.uid;
     next.request = std::move(application.request);
     next.program = application.program;
+    next.type = application.type;
     next.restarts = application.restarts + 1;
     next.restartsInRow = application.restartsInRow;
     application = std::move(next);

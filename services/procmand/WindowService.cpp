@@ -26,7 +26,7 @@ WindowService::Token WindowService::grant(const std::string& uid, const Settings
         return {Token::STATE_EXHAUSTED, 0};
     }
     const WindowState& window = box.windows.add(uid, settings);
-    box.compositor->setWindows(box.windows.getWindows());
+    show();
     box.notices.onWindowGrant(window);
     keepNow();
     return {Token::STATE_GRANTED, window.index};
@@ -43,7 +43,7 @@ void WindowService::release(unsigned int index)
 {
     const WindowState window = require(index);
     box.windows.remove(index);
-    box.compositor->setWindows(box.windows.getWindows());
+    show();
     box.notices.onWindowRelease(window);
     keepNow();
 }
@@ -59,7 +59,7 @@ void WindowService::restore(const std::vector<WindowState>& windows)
     for (const WindowState& window : windows)
         if (ManagedApplication* const owner = box.registry.find(window.uid); owner != nullptr && owner->isAlive())
             box.windows.restore(window);
-    box.compositor->setWindows(box.windows.getWindows());
+    show();
 }
 
 const WindowState& WindowService::require(unsigned int index) const
@@ -76,9 +76,18 @@ void WindowService::announceChanges(const std::vector<WindowState>& before) cons
             box.notices.onWindowChange(old, *now);
 }
 
+void WindowService::show()
+{
+    std::vector<WindowState> shown = box.windows.getWindows();
+    for (WindowState& window : shown)
+        if (const ManagedApplication* const application = box.registry.find(window.uid))
+            window.label = application->describe();
+    box.compositor->setWindows(shown);
+}
+
 void WindowService::keep()
 {
-    box.compositor->setWindows(box.windows.getWindows());
+    show();
     if (keepTimer == 0)
         keepTimer = box.loop.schedule(KEEP_INTERVAL, [this] { flush(); });
 }

@@ -44,6 +44,8 @@ public:
 
 private:
     void announceChanges(const std::vector<WindowState>& before) const;
+    /// Hands the windows to the compositor.
+    void show();
     /// Shows the windows, and writes their states soon; which windows there are is written at once.
     void keep();
     void keepNow();

@@ -19,6 +19,7 @@ struct WindowState {
     unsigned int opacity = 255; ///< 0 to 255
     unsigned int zOrder = 0;
     Corvane::ISurfaceCompositing::Rect location{0, 0, 0, 0};
+    std::string label{}; ///< which application that is, for people; in what a compositor gets only
 
     void serialize(Corvane::Serializer& serializer) const;
     static WindowState read(Corvane::Deserializer& deserializer);

@@ -41,6 +41,14 @@ TEST(CompositorLayout, ShowsAWindowWithinTheScreenWhole)
     EXPECT_EQ(shown[0].uid, "uid1");
 }
 
+TEST(CompositorLayout, LabelsAWindowWithWhatEveryFontHas)
+{
+    WindowState window = makeWindow(1, {0, 0, 10, 10});
+    window.label = "t\xC3\xBCr ~\x1b[2J\x7f\xF0\x9F\x93\xBA.";
+
+    EXPECT_EQ(layOutAlone(window).at(0).label, "t?r ~?[2J??.");
+}
+
 TEST(CompositorLayout, CutsOffWhatReachesBeyondTheScreen)
 {
     const auto upperLeft = layOutAlone(makeWindow(1, {-30, -5, 100, 50}));
