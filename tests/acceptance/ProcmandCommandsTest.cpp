@@ -45,7 +45,7 @@ TEST_F(ProcmandCommands, LaunchAndTellTheUid)
     EXPECT_THAT(readMembers(corvanectl({"ps", "--json"}).output), IsSupersetOf(members));
     EXPECT_THAT(corvanectl({"windows"}).output, ContainsRegex(uid + " +3 +yes +99 +1,2,30,40 +-"));
 
-    EXPECT_EQ(corvanectl({"focus", uid}).status, 0);
+    EXPECT_EQ(corvanectl({"focus", uid, "on"}).status, 0);
     EXPECT_EQ(find(uid)["focus"], "true");
     EXPECT_EQ(corvanectl({"stop", uid}).status, 0);
     EXPECT_TRUE(find(uid).empty());
@@ -90,14 +90,28 @@ TEST_F(ProcmandCommands, MoveTheFocusAndSayWhyItCannotBeMoved)
     const std::string b = launchVictim();
     EXPECT_EQ(corvanectl({"focus", a, "on"}).status, 0);
     EXPECT_EQ(find(a)["focus"], "true");
-    EXPECT_EQ(corvanectl({"focus", b}).status, 0);
+    EXPECT_EQ(corvanectl({"focus", b, "on"}).status, 0);
     EXPECT_EQ(find(b)["focus"], "true");
     EXPECT_EQ(find(a)["focus"], "false");
 
     freeze(a);
-    const Outcome outcome = corvanectl({"focus", a});
+    const Outcome outcome = corvanectl({"focus", a, "on"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.error, "corvanectl: Timed out\n");
+}
+
+TEST_F(ProcmandCommands, ShowTheFocusWithoutMovingIt)
+{
+    startProcmand();
+    const std::string a = launchVictim();
+    const std::string b = launchVictim();
+    ASSERT_EQ(corvanectl({"focus", a, "on"}).status, 0);
+
+    EXPECT_EQ(corvanectl({"focus", a}).output, "on\n");
+    EXPECT_EQ(corvanectl({"focus", b}).output, "off\n");
+    EXPECT_EQ(corvanectl({"focus", b, "--json"}).output, "false\n");
+    EXPECT_EQ(find(a)["focus"], "true");
+    EXPECT_EQ(announcements.count({"IWindowCompositing::onFocusMove"}), 1U);
 }
 
 TEST_F(ProcmandCommands, AnswerAtOnceWhenNobodyWantsToWait)

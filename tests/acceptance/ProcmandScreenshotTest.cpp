@@ -84,6 +84,17 @@ protected:
             throw std::runtime_error(outcome.error);
         return readPicture(fileName());
     }
+    /// The pixels of these rows of the left window that have not its colour.
+    static std::vector<std::pair<int, int>> lettersOf(const Picture& picture, int firstRow, int endRow)
+    {
+        const std::uint32_t colour = picture.at(ON_LEFT.x, ON_LEFT.y);
+        std::vector<std::pair<int, int>> letters;
+        for (int y = firstRow; y < endRow; ++y)
+            for (int x = 48; x < 228; ++x)
+                if (picture.at(x, y) != colour)
+                    letters.emplace_back(x, y);
+        return letters;
+    }
     std::uint32_t look(Place place) { return takePicture().at(place.x, place.y); }
 
     std::string left;
@@ -186,30 +197,37 @@ TEST_F(ProcmandScreenshot, FramesTheWindowThatHasTheFocus)
 {
     startWithTwoWindows();
     const std::uint32_t rightColour = look(ON_RIGHT);
-    ASSERT_EQ(corvanectl({"focus", right}).status, 0);
+    ASSERT_EQ(corvanectl({"focus", right, "on"}).status, 0);
     Picture picture = takePicture();
     for (const Place place : {Place{140, 200}, Place{143, 200}, Place{339, 200}, Place{240, 100}, Place{240, 219}})
         EXPECT_EQ(picture.at(place.x, place.y), FRAME) << place.x << "," << place.y;
     EXPECT_EQ(picture.at(144, 200), rightColour);
 
-    corvanectl({"focus", left});
+    corvanectl({"focus", left, "on"});
     picture = takePicture();
     EXPECT_EQ(picture.at(140, 200), rightColour);
     EXPECT_EQ(picture.at(40, 150), FRAME);
 }
 
-TEST_F(ProcmandScreenshot, WritesTheUidIntoTheWindow)
+TEST_F(ProcmandScreenshot, WritesNameTypeAndProgramIntoTheWindowAndTheUidBelow)
 {
-    startWithTwoWindows();
-    const Picture picture = takePicture();
-    const std::uint32_t colour = picture.at(ON_LEFT.x, ON_LEFT.y);
-    int lettered = 0;
-    for (int y = 48; y < 70; ++y)
-        for (int x = 48; x < 139; ++x)
-            lettered += picture.at(x, y) != colour;
+    startDrawing();
+    const auto letter = [this](const std::string& name) {
+        const std::string uid = launchVictim("", R"("uid":"one","name":")" + name +
+                                                     R"(","compositingParameters":{"location":)" + LEFT + "}");
+        const Picture picture = takePicture();
+        corvanectl({"stop", uid});
+        return std::pair(lettersOf(picture, 48, 67), lettersOf(picture, 68, 87));
+    };
+    const auto [kitchen, uid] = letter("kitchen");
+    const auto [hall, sameUid] = letter("hall");
 
-    EXPECT_GT(lettered, 100);
-    EXPECT_LT(lettered, 22 * 91 / 2);
+    for (const std::size_t count : {kitchen.size(), uid.size(), hall.size()}) {
+        EXPECT_GT(count, 30U);
+        EXPECT_LT(count, 19U * 180U / 2);
+    }
+    EXPECT_NE(kitchen, hall);
+    EXPECT_EQ(uid, sameUid);
 }
 
 TEST_F(ProcmandScreenshot, ForgetsTheWindowOfAnApplicationThatHasEnded)

@@ -39,8 +39,8 @@ struct Property {
 const Property PROPERTIES[] = {
     {"state", "Shows or sets the state of an application (it may refuse silently)", "IApplication::getState",
      "IApplication::setState", "requestedState", "STATE", "RUNNING", readState, showPlain},
-    {"focus", "Gives or takes the input focus of a window; without a process manager and a value, shows it",
-     "IWindow::isFocused", "IWindow::handleFocus", "obtained", "on|off", "on", readSwitch, showSwitch},
+    {"focus", "Shows whether a window has the input focus, gives it or takes it away", "IWindow::isFocused",
+     "IWindow::handleFocus", "obtained", "on|off", "on", readSwitch, showSwitch},
     {"visibility", "Shows or sets whether a window is visible", "IWindow::getVisibility", "IWindow::setVisibility",
      "visibility", "on|off", "off", readSwitch, showSwitch},
     {"opacity", "Shows or sets the opacity of a window", "IWindow::getOpacity", "IWindow::setOpacity", "opacity",
@@ -67,9 +67,6 @@ void setProperty(const Property& property, const std::string& uid, const std::st
 
 void showProperty(const Property& property, const std::string& uid, const Options& options)
 {
-    // Where a process manager runs, to name a window is to give it the focus; `windows` shows who has it.
-    if (isFocus(property) && hasManager())
-        return moveFocus(uid, true, options);
     const std::string value = Server(uid, options).call(property.getter);
     printLine(options.json ? value : property.show(value));
 }
