@@ -71,6 +71,19 @@ TEST_F(Corvanectl, PrefersTheUidWhereAServerHasThatNameToo)
     EXPECT_EQ(corvanectl({"opacity", "demo"}).output, "255\n");
 }
 
+TEST_F(Corvanectl, TakesTheBeginningOfAUidWhereOnlyOneBeginsLikeThat)
+{
+    EXPECT_EQ(corvanectl({"state", "d"}).output, "RUNNING\n");
+    HelloWindow other("dem");
+
+    EXPECT_EQ(corvanectl({"stats", "demo"}).status, 0);
+    EXPECT_EQ(corvanectl({"opacity", "dem", "7"}).status, 0) << "a whole uid goes first";
+    EXPECT_EQ(corvanectl({"opacity", "demo"}).output, "255\n");
+    const Outcome outcome = corvanectl({"stats", "d"});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.error, "corvanectl: 'd' may be any of dem, demo\n");
+}
+
 TEST_F(Corvanectl, ReachesAUidOfAnyBytes)
 {
     HelloWindow strange("../\x1b[1m x%");

@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Manager.h"
+#include "Names.h"
 #include "Output.h"
 #include "Values.h"
 
@@ -33,6 +34,8 @@ std::shared_ptr<Patience> addPatience(CLI::App& command)
 
 struct Launch {
     std::string program;
+    std::optional<std::string> name;
+    std::optional<std::string> uid;
     std::vector<std::string> arguments;
     std::vector<std::string> environment;
     std::optional<std::string> workingDirectory;
@@ -66,6 +69,10 @@ std::string writeLaunch(const Launch& launch)
     Corvane::Serializer serializer;
     serializer.beginObject("");
     serializer.writeString("program", launch.program);
+    if (launch.name)
+        serializer.writeString("name", *launch.name);
+    if (launch.uid)
+        serializer.writeString("uid", *launch.uid);
     serializer.beginArray("arguments");
     for (const std::string& argument : launch.arguments)
         serializer.writeString("", argument);
@@ -105,6 +112,14 @@ void addLaunchOptions(CLI::App& command, Launch& launch)
 {
     addRequired(command, "PROGRAM", launch.program, "A path, or a name that is looked for in the manager's PATH");
     command.add_option("ARGUMENT", launch.arguments, "The program's arguments")->option_text("...");
+    command
+        .add_option("--name", launch.name,
+                    "What to call it in place of its uid: 1 to 32 of a-z, 0-9 and -, as long as it lives nobody else's")
+        ->option_text("NAME");
+    command
+        .add_option("--uid", launch.uid,
+                    "Its uid, which is its authorization token (default: one that nobody can guess)")
+        ->option_text("UID");
     command.add_option("--type", launch.type, "Application type")->option_text("TEXT");
     command.add_option("--parameters", launch.parameters, "Application parameters")->option_text("TEXT");
     command.add_option("--restart", launch.restart, "never (default), on-failure or always")
@@ -137,8 +152,9 @@ const Request REQUESTS[] = {
      "Stops an application that was launched, and starts it again"},
 };
 
-void runRequest(const Request& request, const std::string& uid, const Patience& patience, const Options& options)
+void runRequest(const Request& request, const std::string& word, const Patience& patience, const Options& options)
 {
+    const std::string uid = findUid(word, options);
     Manager manager(options);
     if (patience.isWanted())
         manager.listen();
@@ -152,8 +168,9 @@ void runRequest(const Request& request, const std::string& uid, const Patience& 
 
 } // namespace
 
-void moveFocus(const std::string& uid, bool focus, const Options& options)
+void moveFocus(const std::string& word, bool focus, const Options& options)
 {
+    const std::string uid = findUid(word, options);
     Manager manager(options);
     manager.listen();
     Corvane::Serializer serializer;
@@ -172,7 +189,7 @@ void moveFocus(const std::string& uid, bool focus, const Options& options)
 void addBoxCommands(CLI::App& app, Options& options)
 {
     CLI::App& command = addCommand(app, options, "launch", "Starts an application through the process manager",
-                                   "launch --type player --restart on-failure /usr/bin/player -- --fast");
+                                   "launch --name tv --type player --restart on-failure /usr/bin/player -- --fast");
     const auto launch = std::make_shared<Launch>();
     addLaunchOptions(command, *launch);
     const auto launchPatience = addPatience(command);

@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Manager.h"
+#include "Names.h"
 #include "Output.h"
 #include "Values.h"
 
@@ -106,10 +107,25 @@ std::string showMemory(const element& application)
     return size == "-" ? size : size + " kB";
 }
 
+/// Adds the columns that tell people which application it is: their titles, or what an answer says of one.
+void addIdentity(std::vector<std::string>& row)
+{
+    row.insert(row.end(), {"NAME", "TYPE", "PROGRAM"});
+}
+
+void addIdentity(std::vector<std::string>& row, const element& application)
+{
+    const std::string program = textOf(application, "program");
+    for (const std::string& text :
+         {textOf(application, "name"), textOf(application, "applicationType"), program.substr(program.rfind('/') + 1)})
+        row.push_back(text.empty() ? "-" : makePrintable(text));
+}
+
 void printApplications(Manager& manager, LoadMeter& meter, bool json)
 {
     const JsonText answer(manager.call("IApplicationManager::getApplications"));
-    Rows rows{{"UID", "PID", "STATE", "FOCUS", "Z", "CPU", "MEMORY", "UPTIME", "RESTARTS", "PROGRAM"}};
+    Rows rows{{"UID", "PID", "STATE", "FOCUS", "Z", "CPU", "MEMORY", "UPTIME", "RESTARTS"}};
+    addIdentity(rows.back());
     for (const element application : answer.root.get_array()) {
         if (json) {
             printLine(writeCompact(application));
@@ -118,7 +134,8 @@ void printApplications(Manager& manager, LoadMeter& meter, bool json)
         rows.push_back({show(application, "uid"), show(application, "pid"), showState(application),
                         isTrue(application, "focus") ? "yes" : "-", show(application, "zOrder"),
                         meter.show(application), showMemory(application), showUptime(application),
-                        show(application, "restarts"), show(application, "program")});
+                        show(application, "restarts")});
+        addIdentity(rows.back(), application);
     }
     if (!json)
         printTable(rows);
@@ -190,19 +207,32 @@ void printLastWords(const element& end)
 }
 
 struct HistoryChoice {
-    std::string uid;
+    std::string word; ///< what the application is called, empty for all
     unsigned int limit = 20;
 };
+
+/// The ends of one application, or of all that had a name, one after the other.
+std::vector<element> chooseEnds(const element& answer, const std::string& word)
+{
+    std::vector<element> ends;
+    std::vector<Identity> applications;
+    for (const element end : answer.get_array()) {
+        ends.push_back(end);
+        applications.push_back({textOf(end, "uid"), textOf(end, "name")});
+    }
+    if (word.empty())
+        return ends;
+    const std::string uid = choose(word, applications).value_or(word);
+    std::erase_if(ends, [&](const element& end) { return textOf(end, "uid") != uid && textOf(end, "name") != word; });
+    return ends;
+}
 
 void showHistory(const HistoryChoice& choice, const Options& options)
 {
     Manager manager(options);
     // Of all that is remembered: the limit counts what is shown.
     const JsonText answer(manager.call("IApplicationManager::getHistory"));
-    std::vector<element> chosen;
-    for (const element end : answer.root.get_array())
-        if (choice.uid.empty() || show(end, "uid") == choice.uid)
-            chosen.push_back(end);
+    const std::vector<element> chosen = chooseEnds(answer.root, choice.word);
     const std::size_t first = chosen.size() > choice.limit ? chosen.size() - choice.limit : 0;
     for (std::size_t i = first; i < chosen.size(); ++i) {
         const element& end = chosen[i];
@@ -226,13 +256,16 @@ void listWindows(const Options& options)
     // The front of the stack stands on top.
     std::reverse(windows.begin(), windows.end());
     Rows rows{{"INDEX", "UID", "Z", "VISIBLE", "OPACITY", "LOCATION", "FOCUS"}};
+    addIdentity(rows.back());
     for (const element& window : windows) {
-        if (options.json)
+        if (options.json) {
             printLine(writeCompact(window));
-        else
-            rows.push_back({show(window, "index"), show(window, "uid"), show(window, "zOrder"),
-                            isTrue(window, "visibility") ? "yes" : "no", show(window, "opacity"),
-                            showLocation(writeCompact(window["location"])), isTrue(window, "focus") ? "yes" : "-"});
+            continue;
+        }
+        rows.push_back({show(window, "index"), show(window, "uid"), show(window, "zOrder"),
+                        isTrue(window, "visibility") ? "yes" : "no", show(window, "opacity"),
+                        showLocation(writeCompact(window["location"])), isTrue(window, "focus") ? "yes" : "-"});
+        addIdentity(rows.back(), window);
     }
     if (!options.json)
         printTable(rows);
@@ -275,7 +308,8 @@ void addBoxViews(CLI::App& app, Options& options)
 
     CLI::App& history = addCommand(app, options, "history", "Shows how applications ended, the latest last", "history");
     const auto choice = std::make_shared<HistoryChoice>();
-    history.add_option("UID", choice->uid, "Of one application only")->option_text(" ");
+    history.add_option("UID", choice->word, "Of one application only: its uid or name, or how one of them begins")
+        ->option_text(" ");
     history.add_option("--limit", choice->limit, "How many ends to show (default: 20)")->option_text("N");
     history.callback([choice, &options] { showHistory(*choice, options); });
 

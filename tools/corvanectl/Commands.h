@@ -41,7 +41,7 @@ CLI::App& addCommand(CLI::App& app, Options& options, const std::string& name, c
 /// Adds a word that must be given.
 void addRequired(CLI::App& command, const std::string& name, std::string& value, const std::string& description);
 
-/// Adds the word that names the application.
+/// Adds the word that says which application is meant, see Names.h.
 /// @return the word, once the command line is parsed
 std::shared_ptr<std::string> addUid(CLI::App& command);
 
@@ -57,6 +57,6 @@ void addBoxCommands(CLI::App& app, Options& options); ///< launch, stop, restart
 void addBoxViews(CLI::App& app, Options& options);    ///< ps, history, windows, screenshot
 
 /// Gives the input focus to a window through the process manager, or takes it away, and waits until it is done.
-void moveFocus(const std::string& uid, bool focus, const Options& options);
+void moveFocus(const std::string& word, bool focus, const Options& options);
 
 } // namespace Corvanectl

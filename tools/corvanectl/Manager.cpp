@@ -13,12 +13,6 @@ namespace
 
 using Corvane::RPCError;
 
-std::string textOf(const JsonText& object, const std::string& key)
-{
-    std::string_view text;
-    return object.root[key].get(text) == simdjson::SUCCESS ? std::string(text) : std::string();
-}
-
 } // namespace
 
 const char* const MANAGER = "ORU";
@@ -55,10 +49,10 @@ std::string Manager::await(const std::string& key, const std::string& id, const 
     const auto deadline = std::chrono::steady_clock::now() + patience;
     for (Notice notice; takeNotice(notice, deadline);) {
         const JsonText payload(notice.payload);
-        if (notice.name.ends_with("::" + success) && textOf(payload, key) == id)
+        if (notice.name.ends_with("::" + success) && textOf(payload.root, key.c_str()) == id)
             return notice.payload;
-        if (notice.name.ends_with("::" + failure) && textOf(payload, failureKey) == id)
-            throw std::runtime_error(textOf(payload, "reason"));
+        if (notice.name.ends_with("::" + failure) && textOf(payload.root, failureKey.c_str()) == id)
+            throw std::runtime_error(textOf(payload.root, "reason"));
     }
     throw RPCError(RPCError::Reason::TIMED_OUT, 5, "the request was accepted, but is not carried out yet");
 }

@@ -1,7 +1,7 @@
 #include "Commands.h"
 #include "Manager.h"
+#include "Names.h"
 #include "Output.h"
-#include "Server.h"
 
 #include <corvane/common/RPCError.h>
 #include <corvane/foundation/Serializer.h>
@@ -74,7 +74,7 @@ public:
     {
         std::lock_guard guard(mutex);
         print(json ? writeConnection(server, connected)
-                   : makePrintable(findUid(server)) + "  " + (connected ? "is watched" : "is gone"));
+                   : makePrintable(uidOf(server)) + "  " + (connected ? "is watched" : "is gone"));
     }
 
 private:
@@ -92,7 +92,7 @@ private:
         std::string_view uid;
         const JsonText fields(payload);
         const bool isNamed = server == MANAGER && fields.root["uid"].get(uid) == simdjson::SUCCESS && !uid.empty();
-        return makePrintable(isNamed ? std::string(uid) : findUid(server));
+        return makePrintable(isNamed ? std::string(uid) : uidOf(server));
     }
 
     /// The members but the uid, which the line begins with.
@@ -135,7 +135,7 @@ private:
     unsigned long count = 0;
 };
 
-std::vector<std::string> findServers(const std::vector<std::string>& uids)
+std::vector<std::string> findServers(const std::vector<std::string>& uids, const Options& options)
 {
     // The process manager tells what all applications tell: one connection sees the whole box.
     if (uids.empty() && hasManager())
@@ -144,7 +144,7 @@ std::vector<std::string> findServers(const std::vector<std::string>& uids)
         return Corvane::RPCClient::listServers();
     std::vector<std::string> names;
     for (const std::string& uid : uids)
-        names.push_back(findServerName(uid));
+        names.push_back(findServerName(uid, options));
     return names;
 }
 
@@ -153,7 +153,7 @@ void monitor(const std::vector<std::string>& uids, unsigned long limit, const Op
     const EndSignals endSignals;
     Reporter reporter(options.json, limit);
     std::vector<std::unique_ptr<Corvane::RPCClient>> clients;
-    for (const std::string& name : findServers(uids)) {
+    for (const std::string& name : findServers(uids, options)) {
         clients.push_back(std::make_unique<Corvane::RPCClient>(name));
         clients.back()->subscribe(
             {"*"},

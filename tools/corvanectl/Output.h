@@ -30,6 +30,9 @@ std::string makePrintable(std::string_view text);
 /// @return a string as it is, any other value as JSON text
 std::string inWords(const simdjson::dom::element& value);
 
+/// @return the member that is a text, as it is; empty for any other and for none
+std::string textOf(const simdjson::dom::element& object, const char* key);
+
 /// Prints one line.
 void printLine(const std::string& line);
 

@@ -8,19 +8,12 @@
 namespace Corvanectl
 {
 
-/// @param uid  the uid of an application, or the whole name of a server; a uid goes first where both exist
-/// @return the name of the server that is meant
-/// @throws UsageError  the uid is empty
-std::string findServerName(const std::string& uid);
-
-/// @return the uid of the application that has this control server, or the name of a server that has none
-std::string findUid(const std::string& serverName);
-
 /// One control server, called with the options of the command line.
 class Server
 {
 public:
-    Server(const std::string& uid, const Options& options);
+    /// @param word  what the application is called, see Names.h
+    Server(const std::string& word, const Options& options);
 
     /// @return the result as JSON text. @throws RPCError
     std::string call(const std::string& method, const std::string& parameters = "{}");

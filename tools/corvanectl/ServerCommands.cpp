@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "Names.h"
 #include "Output.h"
 #include "Server.h"
 #include "Values.h"
@@ -34,7 +35,7 @@ std::string writeServer(const ServerState& server)
 {
     Corvane::Serializer serializer;
     serializer.beginObject("");
-    serializer.writeString("uid", findUid(server.name));
+    serializer.writeString("uid", uidOf(server.name));
     serializer.writeString("server", server.name);
     if (server.problem.empty()) {
         serializer.writeString("state", server.state);
@@ -54,7 +55,7 @@ void listServers(const Options& options)
         if (options.json)
             printLine(writeServer(server));
         else
-            rows.push_back({makePrintable(findUid(name)), makePrintable(name),
+            rows.push_back({makePrintable(uidOf(name)), makePrintable(name),
                             server.problem.empty() ? server.state : "- (" + makePrintable(server.problem) + ")"});
     }
     if (!options.json)

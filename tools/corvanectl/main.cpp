@@ -13,24 +13,28 @@ namespace
 
 enum ExitCode { DONE = 0, CALL_FAILED = 1, WRONG_USAGE = 2, NO_SERVER = 3 };
 
-const char* const FOOTER = "UID is the uid of an application (its control server is named APPUID), or the whole name "
-                           "of a server.\n\n"
+const char* const FOOTER = "UID is the uid of an application (its control server is named APPUID), or the name that it "
+                           "was launched with, or the beginning of one application's uid or name, or the whole name of "
+                           "a server.\n\n"
                            "Servers are looked for in $CORVANE_RUNTIME_DIR, else $XDG_RUNTIME_DIR/corvane, else "
                            "/run/corvane.\n\n"
                            "Exit codes: 0 done, 1 the call failed, 2 wrong usage, 3 no such server.\n\n"
                            "`corvanectl COMMAND --help` shows an example of each command.";
 
+/// What went wrong may be in the words of a server.
+int report(int exitCode, const std::string& problem)
+{
+    std::cerr << "corvanectl: " << makePrintable(problem) << std::endl;
+    return exitCode;
+}
+
 int reportFailure(const Corvane::RPCError& error)
 {
-    std::cerr << "corvanectl: " << makePrintable(error.what());
-    if (error.getReason() != Corvane::RPCError::Reason::NO_SERVER) {
-        std::cerr << std::endl;
-        return CALL_FAILED;
-    }
+    if (error.getReason() != Corvane::RPCError::Reason::NO_SERVER)
+        return report(CALL_FAILED, error.what());
     const char* folder = std::getenv("CORVANE_RUNTIME_DIR");
-    std::cerr << " (is the application running? CORVANE_RUNTIME_DIR"
-              << (folder ? "=" + std::string(folder) : " is not set") << ")" << std::endl;
-    return NO_SERVER;
+    return report(NO_SERVER, std::string(error.what()) + " (is the application running? CORVANE_RUNTIME_DIR" +
+                                 (folder ? "=" + std::string(folder) : " is not set") + ")");
 }
 
 int runCommand(CLI::App& app, int argc, char** argv)
@@ -40,20 +44,18 @@ int runCommand(CLI::App& app, int argc, char** argv)
         // A full disk or a closed pipe must not pass for success.
         if (std::cout.flush())
             return DONE;
-        std::cerr << "corvanectl: cannot write the output" << std::endl;
+        return report(CALL_FAILED, "cannot write the output");
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? DONE : WRONG_USAGE;
     } catch (const UsageError& error) {
-        std::cerr << "corvanectl: " << error.what() << std::endl;
-        return WRONG_USAGE;
+        return report(WRONG_USAGE, error.what());
     } catch (const Corvane::RPCError& error) {
         return reportFailure(error);
     } catch (const Corvane::Exception& exception) {
-        std::cerr << "corvanectl: " << exception.what() << std::endl;
+        return report(CALL_FAILED, exception.what());
     } catch (const std::exception& exception) {
-        std::cerr << "corvanectl: " << exception.what() << std::endl;
+        return report(CALL_FAILED, exception.what());
     }
-    return CALL_FAILED;
 }
 
 } // namespace
@@ -84,7 +86,7 @@ void addRequired(CLI::App& command, const std::string& name, std::string& value,
 std::shared_ptr<std::string> addUid(CLI::App& command)
 {
     auto uid = std::make_shared<std::string>();
-    addRequired(command, "UID", *uid, "Uid of the application");
+    addRequired(command, "UID", *uid, "Uid or name of the application, or how one of them begins");
     return uid;
 }
 
