@@ -1,5 +1,8 @@
 #include "Programs.h"
 
+#include <corvane/common/RPCServer.h>
+#include <csignal>
+#include <fstream>
 #include <gmock/gmock.h>
 
 using namespace Corvane::Test;
@@ -30,6 +33,33 @@ TEST_F(Corvanectl, ListsAServerThatDoesNotTellItsStateWithTheReason)
     EXPECT_EQ(corvanectl({"--timeout", "0.2", "list"}).output, "UID   SERVER   STATE\ndemo  APPdemo  - (Timed out)\n");
     EXPECT_EQ(corvanectl({"--timeout", "0.2", "--json", "list"}).output,
               "{\"uid\":\"demo\",\"server\":\"APPdemo\",\"state\":null,\"problem\":\"Timed out\"}\n");
+}
+
+TEST_F(Corvanectl, ListsAServerOfNoApplicationWithoutAState)
+{
+    Corvane::RPCServer server("Clock");
+    server.init();
+
+    EXPECT_EQ(corvanectl({"list"}).output, "UID    SERVER   STATE\n"
+                                           "demo   APPdemo  RUNNING\n"
+                                           "Clock  Clock    -\n");
+    EXPECT_THAT(corvanectl({"list", "--json"}).output,
+                EndsWith("{\"uid\":\"Clock\",\"server\":\"Clock\",\"state\":null}\n"));
+}
+
+TEST_F(Corvanectl, ListsTheSocketThatADeadServerLeftBehindAsDead)
+{
+    HelloWindow other("a\x1b[1m");
+    other.process.sendSignal(SIGKILL);
+    ASSERT_EQ(other.process.wait().signal, SIGKILL);
+    std::ofstream(runtime.directory.getPath() + "/file.sock").close(); // no socket at all
+
+    EXPECT_EQ(corvanectl({"list"}).output, "UID       SERVER       STATE\n"
+                                           "demo      APPdemo      RUNNING\n"
+                                           "a\\x1b[1m  APPa\\x1b[1m  - (dead)\n");
+    EXPECT_THAT(corvanectl({"list", "--json"}).output,
+                EndsWith("{\"uid\":\"a\\u001b[1m\",\"server\":\"APPa\\u001b[1m\",\"state\":null,\"dead\":true}\n"));
+    EXPECT_EQ(corvanectl({"state", "a"}).status, 3) << "a dead one is not called by the beginning of its uid";
 }
 
 TEST_F(Corvanectl, DescribesMethodsTheirTypesAndNotificationsInWords)

@@ -13,21 +13,27 @@ namespace Corvanectl
 namespace
 {
 
-/// A server that lives and the state of its application; a server that does not tell it says why.
+/// What is known of a server.
 struct ServerState {
     std::string name;
-    std::string state;
-    std::string problem;
+    std::optional<std::string> state{}; ///< of its application; none where there is no application, too
+    std::string problem{};              ///< why the server does not tell
+    bool isDead = false;                ///< only its socket is left
 };
+
+/// What JSON-RPC answers where there is no such interface or method.
+constexpr int UNKNOWN_METHOD = -32601;
 
 ServerState findState(const std::string& serverName, const Options& options)
 {
     try {
         Corvane::RPCClient client(serverName);
-        const std::string state = client.call("IApplication::getState", "{}", options.getTimeout());
-        return {serverName, showPlain(state), ""};
+        return {.name = serverName,
+                .state = showPlain(client.call("IApplication::getState", "{}", options.getTimeout()))};
     } catch (const Corvane::RPCError& error) {
-        return {serverName, "", error.what()};
+        const bool isNoApplication =
+            error.getReason() == Corvane::RPCError::Reason::CALL_FAILED && error.getCode() == UNKNOWN_METHOD;
+        return {.name = serverName, .problem = isNoApplication ? "" : error.what()};
     }
 }
 
@@ -37,26 +43,40 @@ std::string writeServer(const ServerState& server)
     serializer.beginObject("");
     serializer.writeString("uid", uidOf(server.name));
     serializer.writeString("server", server.name);
-    if (server.problem.empty()) {
-        serializer.writeString("state", server.state);
-    } else {
+    if (server.state)
+        serializer.writeString("state", *server.state);
+    else
         serializer.writeNull("state");
+    if (!server.problem.empty())
         serializer.writeString("problem", server.problem);
-    }
+    if (server.isDead)
+        serializer.writeBoolean("dead", true);
     serializer.endObject("");
     return serializer.generate();
 }
 
+std::string showState(const ServerState& server)
+{
+    if (server.isDead)
+        return "- (dead)";
+    if (!server.problem.empty())
+        return "- (" + makePrintable(server.problem) + ")";
+    return server.state.value_or("-");
+}
+
 void listServers(const Options& options)
 {
+    std::vector<ServerState> servers;
+    for (const std::string& name : Corvane::RPCClient::listServers())
+        servers.push_back(findState(name, options));
+    for (const std::string& name : Corvane::RPCClient::listDeadServers())
+        servers.push_back({.name = name, .isDead = true});
     std::vector<std::vector<std::string>> rows{{"UID", "SERVER", "STATE"}};
-    for (const std::string& name : Corvane::RPCClient::listServers()) {
-        const ServerState server = findState(name, options);
+    for (const ServerState& server : servers) {
         if (options.json)
             printLine(writeServer(server));
         else
-            rows.push_back({makePrintable(uidOf(name)), makePrintable(name),
-                            server.problem.empty() ? server.state : "- (" + makePrintable(server.problem) + ")"});
+            rows.push_back({makePrintable(uidOf(server.name)), makePrintable(server.name), showState(server)});
     }
     if (!options.json)
         printTable(rows);
@@ -79,7 +99,8 @@ void callMethod(const std::string& uid, const Call& call, const Options& options
 void addServerCommands(CLI::App& app, Options& options)
 {
     CLI::App& list =
-        addCommand(app, options, "list", "Lists the control servers that live, and their applications' states", "list");
+        addCommand(app, options, "list",
+                   "Lists the control servers with their applications' states, and the sockets of dead ones", "list");
     list.callback([&options] { listServers(options); });
 
     CLI::App& command = addCommand(app, options, "call", "Calls any method and prints its result",

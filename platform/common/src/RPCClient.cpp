@@ -16,6 +16,31 @@
 namespace Corvane
 {
 
+namespace
+{
+
+/// @param isWanted  told what came of connecting: the connection, or none and the error
+/// @return the names of the servers whose sockets lie in the runtime folder and answer so, sorted
+std::vector<std::string> findServers(bool (*isWanted)(const FileDescriptor& connection, int error))
+{
+    std::vector<std::string> servers;
+    const std::filesystem::path folder = RPCAddress::runtimeDirectory();
+    std::error_code failure;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, failure)) {
+        const auto name = RPCAddress::serverName(entry.path().filename().string());
+        const std::string path = entry.path().string();
+        if (!name || !entry.is_socket(failure) || path.size() >= sizeof(sockaddr_un::sun_path))
+            continue;
+        const FileDescriptor connection = RPCAddress::connectTo(RPCAddress::socketAddress(path), {});
+        if (isWanted(connection, connection.isOpen() ? 0 : errno))
+            servers.push_back(*name);
+    }
+    std::sort(servers.begin(), servers.end());
+    return servers;
+}
+
+} // namespace
+
 /// The connection that a client's calls go through, one after the other.
 class RPCClient::Caller
 {
@@ -115,20 +140,12 @@ void RPCClient::subscribe(std::vector<std::string> patterns, NotificationHandler
 
 std::vector<std::string> RPCClient::listServers()
 {
-    std::vector<std::string> servers;
-    const std::filesystem::path folder = RPCAddress::runtimeDirectory();
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-        const auto name = RPCAddress::serverName(entry.path().filename().string());
-        const std::string path = entry.path().string();
-        if (!name || path.size() >= sizeof(sockaddr_un::sun_path))
-            continue;
-        // A socket without a server behind it is what a process left that died.
-        if (RPCAddress::connectTo(RPCAddress::socketAddress(path), {}).isOpen() || errno == EAGAIN)
-            servers.push_back(*name);
-    }
-    std::sort(servers.begin(), servers.end());
-    return servers;
+    return findServers([](const FileDescriptor& socket, int error) { return socket.isOpen() || error == EAGAIN; });
+}
+
+std::vector<std::string> RPCClient::listDeadServers()
+{
+    return findServers([](const FileDescriptor&, int error) { return error == ECONNREFUSED; });
 }
 
 } // namespace Corvane

@@ -155,8 +155,10 @@ TEST(RPCAddress, OfADeadServerIsTaken)
         ASSERT_EQ(bind(dead.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     }
     EXPECT_TRUE(RPCClient::listServers().empty());
+    EXPECT_EQ(RPCClient::listDeadServers(), std::vector<std::string>{"TEST"});
     server.init();
     EXPECT_EQ(RPCClient::listServers(), std::vector<std::string>{"TEST"});
+    EXPECT_TRUE(RPCClient::listDeadServers().empty());
     EXPECT_EQ(RPCClient("TEST").call("ITest::count"), "null");
 }
 

@@ -58,6 +58,9 @@ public:
 
     /// @return the names of the servers that live on this machine, sorted
     static std::vector<std::string> listServers();
+    /// @return the names of the servers that died and left their sockets behind, sorted. A server that starts at this
+    ///         very moment may be among them.
+    static std::vector<std::string> listDeadServers();
 
 private:
     class Caller;
