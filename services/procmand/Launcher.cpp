@@ -85,19 +85,28 @@ private:
     posix_spawnattr_t attributes;
 };
 
+/// Opened here, where it is known what failed: the new process could only say that its program was not started.
+Corvane::FileDescriptor openWorkingDirectory(const std::string& path)
+{
+    Corvane::FileDescriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen() || faccessat(folder.get(), ".", X_OK, AT_EACCESS) != 0)
+        throw std::system_error(errno, std::generic_category(), "cannot work in " + path);
+    return folder;
+}
+
 /// What the new process does before its program runs.
 class Actions
 {
 public:
-    Actions(const LaunchRequest& request, int output, int error)
+    Actions(int folder, int output, int error)
     {
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
         posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
+        posix_spawn_file_actions_addfchdir_np(&actions, folder);
         // Not every library that the process manager uses keeps its descriptors to itself.
         posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
-        posix_spawn_file_actions_addchdir_np(&actions, request.workingDirectory.c_str());
     }
     ~Actions() { posix_spawn_file_actions_destroy(&actions); }
     Actions(const Actions&) = delete;
@@ -117,7 +126,8 @@ Process launch(const LaunchRequest& request, const std::string& token, const Out
     PointerList arguments = makeArguments(request);
     PointerList environment = makeEnvironment(request, token);
     const Attributes attributes;
-    const Actions actions(request, output.get(), error.get());
+    const Corvane::FileDescriptor folder = openWorkingDirectory(request.workingDirectory);
+    const Actions actions(folder.get(), output.get(), error.get());
     pid_t pid = -1;
     const int failure = posix_spawnp(&pid, request.program.c_str(), actions.get(), attributes.get(), arguments.get(),
                                      environment.get());

@@ -2,6 +2,8 @@
 
 #include <csignal>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Corvane::Test;
 using testing::AllOf;
@@ -59,6 +61,23 @@ TEST_F(ProcmandCommands, SayWhyAProgramCannotBeStarted)
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.output, "");
     EXPECT_EQ(outcome.error, "corvanectl: cannot start /nowhere/player: No such file or directory\n");
+}
+
+TEST_F(ProcmandCommands, SayWhichDirectoryAProgramCannotWorkIn)
+{
+    startProcmand();
+    const auto problemWith = [](const std::string& folder) {
+        return corvanectl({"launch", "--directory", folder, "/bin/true"}).error;
+    };
+    EXPECT_EQ(problemWith("/nosuch"), "corvanectl: cannot work in /nosuch: No such file or directory\n");
+    EXPECT_EQ(problemWith("/bin/true"), "corvanectl: cannot work in /bin/true: Not a directory\n");
+    const std::string closed = state.getPath() + "/closed";
+    ASSERT_EQ(mkdir(closed.c_str(), 0600), 0);
+    // Root may go everywhere.
+    EXPECT_EQ(problemWith(closed),
+              geteuid() == 0 ? "" : "corvanectl: cannot work in " + closed + ": Permission denied\n");
+    EXPECT_EQ(corvanectl({"launch", "--directory", "/usr", "/nosuch"}).error,
+              "corvanectl: cannot start /nosuch: No such file or directory\n");
 }
 
 TEST_F(ProcmandCommands, PassArgumentsOn)
