@@ -62,17 +62,30 @@ void FocusControl::carryOut(const Move& move, const std::string& old)
 {
     const Settings::Duration deadline = box.settings.callDeadline;
     Outcome outcome;
+    bool isTaken = false;
     try {
         // A window that has taken the focus itself is asked first: it may have lost it again since it announced that.
         outcome.isMade = !move.isOwn || ask(move.uid, deadline);
-        if (outcome.isMade && !old.empty())
+        isTaken = outcome.isMade && !old.empty();
+        if (isTaken)
             takeFrom(old);
         if (outcome.isMade && !move.isOwn)
             tell(move.uid, move.focus, deadline);
     } catch (const std::exception& error) {
         outcome.problem = error.what();
+        outcome.isLost = isTaken && !giveBack(old);
     }
     box.loop.post([this, move, outcome] { finish(move, outcome); });
+}
+
+bool FocusControl::giveBack(const std::string& uid) const
+{
+    try {
+        tell(uid, true, box.settings.callDeadline);
+        return true;
+    } catch (const std::exception&) {
+        return false; // it counts as without focus
+    }
 }
 
 void FocusControl::takeFrom(const std::string& uid) const
@@ -87,14 +100,18 @@ void FocusControl::takeFrom(const std::string& uid) const
 
 void FocusControl::finish(const Move& move, const Outcome& outcome)
 {
-    // Whatever went wrong, the old window has been told, or counts as told; and one that ended meanwhile has nothing.
-    const bool hasIt = move.focus && outcome.problem.empty() && box.registry.find(move.uid) != nullptr;
-    if (outcome.isMade && (move.focus || move.uid == focused))
-        setFocused(hasIt ? move.uid : "");
-    else if (outcome.problem.empty() && !move.focus)
-        box.notices.onFocusMove(move.uid, focused); // it had none, and was told so
-    if (!outcome.problem.empty())
+    const ManagedApplication* const application = box.registry.find(move.uid);
+    const bool lives = application != nullptr && application->isAlive();
+    if (!outcome.problem.empty()) {
+        // Nothing has moved, unless the old window could not be told that it keeps the focus.
+        if (outcome.isLost && !focused.empty())
+            setFocused("");
         box.notices.onFocusFailure(move.uid, outcome.problem);
+    } else if (outcome.isMade && (move.focus || move.uid == focused)) {
+        setFocused(move.focus && lives ? move.uid : "");
+    } else if (!move.focus) {
+        box.notices.onFocusMove(move.uid, focused); // it had none, and was told so
+    }
     moves.pop_front();
     if (!moves.empty())
         startNext();

@@ -10,7 +10,8 @@ namespace Procmand
 /// Sees to it that one window at most has the input focus.
 ///
 /// A move is made by a worker, one after the other: the old window loses the focus first, then the new one gets it. An
-/// old one that cannot be told counts as without focus. Guarded by the lock of the box.
+/// old one that cannot be told counts as without focus. A move that fails leaves the focus where it was: the old window
+/// gets it back. Guarded by the lock of the box.
 class FocusControl
 {
 public:
@@ -33,12 +34,15 @@ private:
 
     struct Outcome {
         bool isMade = true;  ///< whether it was tried at all
+        bool isLost = false; ///< the old window has lost the focus although the move failed
         std::string problem; ///< empty when it worked
     };
 
     void startNext();
     void carryOut(const Move& move, const std::string& old);
     void takeFrom(const std::string& uid) const;
+    /// @return whether the window has been told
+    bool giveBack(const std::string& uid) const;
     void finish(const Move& move, const Outcome& outcome);
     void setFocused(const std::string& uid);
 
