@@ -73,7 +73,8 @@ void addActions(CLI::App& app)
 {
     app.set_version_flag("--version", "corvane-procmand " CORVANE_VERSION);
 #ifdef CORVANE_WITH_DIRECTFB
-    app.add_flag_callback(CHECK_OPTION, checkDirectFB, "Only find out whether DirectFB starts here");
+    app.add_flag_callback(
+        CHECK_OPTION, [] { checkDirectFB(); }, "Only find out whether DirectFB starts here");
 #endif
 }
 

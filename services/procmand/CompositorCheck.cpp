@@ -2,15 +2,18 @@
 
 #include "CompositorDirectFB.h"
 
-#include <chrono>
+#include <cerrno>
 #include <corvane/common/FileDescriptor.h>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <iostream>
+#include <optional>
 #include <poll.h>
 #include <spawn.h>
 #include <stdexcept>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -22,9 +25,6 @@ namespace Procmand
 
 namespace
 {
-
-/// How long DirectFB may take to start and to stop.
-constexpr std::chrono::milliseconds DEADLINE{10000};
 
 pid_t startCheck()
 {
@@ -43,14 +43,10 @@ pid_t startCheck()
     return pid;
 }
 
-} // namespace
-
-const char* const CHECK_OPTION = "--check-directfb";
-
-void checkDirectFB()
+[[noreturn]] void tryDirectFB()
 {
-    // A fault of DirectFB is an answer here. It cannot be caught: its threads block the signal.
-    const rlimit none{0, 0};
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const rlimit none{0, 0}; // a fault is an answer here
     setrlimit(RLIMIT_CORE, &none);
     int status = EXIT_SUCCESS;
     try {
@@ -63,13 +59,47 @@ void checkDirectFB()
     _exit(status);
 }
 
+/// @return the status of a process that has ended; none where it was late, and is killed
+std::optional<int> awaitEnd(pid_t pid, std::chrono::milliseconds deadline)
+{
+    const Corvane::FileDescriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+    pollfd wait{.fd = process.get(), .events = POLLIN, .revents = 0};
+    const bool isInTime = poll(&wait, 1, static_cast<int>(deadline.count())) == 1;
+    if (!isInTime)
+        kill(pid, SIGKILL);
+    int status = -1;
+    waitpid(pid, &status, 0);
+    return isInTime ? std::optional(status) : std::nullopt;
+}
+
+/// @return why the trial could not tell itself what came of it; empty where it did
+std::string findFault(std::optional<int> status)
+{
+    if (!status)
+        return "it has not answered in time";
+    return WIFSIGNALED(*status) ? std::string("it died of SIG") + sigabbrev_np(WTERMSIG(*status)) : std::string();
+}
+
+} // namespace
+
+const char* const CHECK_OPTION = "--check-directfb";
+
+void checkDirectFB(std::chrono::milliseconds deadline)
+{
+    const pid_t pid = fork();
+    if (pid == 0)
+        tryDirectFB();
+    const auto status = pid < 0 ? std::nullopt : awaitEnd(pid, deadline);
+    const std::string fault = pid < 0 ? std::strerror(errno) : findFault(status);
+    if (fault.empty())
+        _exit(WEXITSTATUS(*status));
+    std::cerr << "corvane-procmand: DirectFB does not start: " << fault << std::endl;
+    _exit(EXIT_FAILURE);
+}
+
 void requireDirectFB()
 {
     const pid_t pid = startCheck();
-    const Corvane::FileDescriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
-    pollfd wait{.fd = process.get(), .events = POLLIN, .revents = 0};
-    if (poll(&wait, 1, static_cast<int>(DEADLINE.count())) != 1)
-        kill(pid, SIGKILL);
     int status = -1;
     if (waitpid(pid, &status, 0) != pid || status != 0)
         throw std::runtime_error(std::string("DirectFB does not start (corvane-procmand ") + CHECK_OPTION +

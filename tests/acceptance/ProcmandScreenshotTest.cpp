@@ -305,8 +305,9 @@ TEST_F(ProcmandScreenshot, IsPrecededByACheckForPeople)
 
     setenv("DFBARGS", "system=nosuch", 1);
     ChildProcess fails({CORVANE_PROCMAND, "--check-directfb"});
-    EXPECT_NE(fails.wait().status, 0); // it may die of a fault, too
+    EXPECT_EQ(fails.wait().status, 1) << "whether DirectFB dies of a fault or not";
     EXPECT_THAT(fails.getError(), HasSubstr("DirectFB/Core: Could not initialize"));
+    EXPECT_THAT(fails.getError(), HasSubstr("\ncorvane-procmand: DirectFB"));
 }
 
 TEST_F(ProcmandScreenshot, IsDescribed)

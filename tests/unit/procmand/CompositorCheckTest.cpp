@@ -1,0 +1,54 @@
+#include "CompositorCheck.h"
+
+#include "CompositorDirectFB.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <unistd.h>
+
+using testing::ExitedWithCode;
+
+namespace
+{
+
+/// What DirectFB does in the test that runs.
+void (*directFB)() = nullptr;
+
+} // namespace
+
+namespace Procmand
+{
+
+std::unique_ptr<IScreen> openDirectFBScreen(DirectFBTalk)
+{
+    directFB();
+    return nullptr;
+}
+
+} // namespace Procmand
+
+TEST(CompositorCheck, SaysOfWhatDirectFBDied)
+{
+    directFB = [] {
+        std::signal(SIGSEGV, SIG_DFL); // a sanitizer handles it otherwise
+        std::raise(SIGSEGV);
+    };
+    EXPECT_EXIT(Procmand::checkDirectFB(), ExitedWithCode(1),
+                "^corvane-procmand: DirectFB does not start: it died of SIGSEGV\n$");
+}
+
+TEST(CompositorCheck, SaysThatDirectFBDoesNotAnswer)
+{
+    directFB = [] { pause(); };
+    EXPECT_EXIT(Procmand::checkDirectFB(std::chrono::milliseconds(50)), ExitedWithCode(1),
+                "^corvane-procmand: DirectFB does not start: it has not answered in time\n$");
+}
+
+TEST(CompositorCheck, PassesOnWhatDirectFBSays)
+{
+    directFB = [] { throw std::runtime_error("DirectFB: no screen"); };
+    EXPECT_EXIT(Procmand::checkDirectFB(), ExitedWithCode(1), "^corvane-procmand: DirectFB: no screen\n$");
+    directFB = [] {};
+    EXPECT_EXIT(Procmand::checkDirectFB(), ExitedWithCode(0), "^$");
+}
