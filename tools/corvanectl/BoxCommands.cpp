@@ -137,7 +137,7 @@ void addLaunchOptions(CLI::App& command, Launch& launch)
 }
 
 /// A command that asks for something with one application.
-struct Request {
+struct BoxRequest {
     const char* name;
     const char* method;
     const char* success;
@@ -145,14 +145,14 @@ struct Request {
     const char* description;
 };
 
-const Request REQUESTS[] = {
+const BoxRequest BOX_REQUESTS[] = {
     {"stop", "IApplicationManager::stop", "onStop", "onStopFailure",
      "Stops an application: asks it, then sends SIGTERM, then SIGKILL"},
     {"restart", "IApplicationManager::restart", "onLaunch", "onLaunchFailure",
      "Stops an application that was launched, and starts it again"},
 };
 
-void runRequest(const Request& request, const std::string& word, const Patience& patience, const Options& options)
+void runRequest(const BoxRequest& request, const std::string& word, const Patience& patience, const Options& options)
 {
     const std::string uid = findUid(word, options);
     Manager manager(options);
@@ -195,7 +195,7 @@ void addBoxCommands(CLI::App& app, Options& options)
     const auto launchPatience = addPatience(command);
     command.callback([launch, launchPatience, &options] { runLaunch(*launch, *launchPatience, options); });
 
-    for (const Request& request : REQUESTS) {
+    for (const BoxRequest& request : BOX_REQUESTS) {
         CLI::App& other =
             addCommand(app, options, request.name, request.description, std::string(request.name) + " UID");
         const auto uid = addUid(other);

@@ -55,7 +55,7 @@ std::string writeServer(const ServerState& server)
     return serializer.generate();
 }
 
-std::string showState(const ServerState& server)
+std::string describeState(const ServerState& server)
 {
     if (server.isDead)
         return "- (dead)";
@@ -76,7 +76,7 @@ void listServers(const Options& options)
         if (options.json)
             printLine(writeServer(server));
         else
-            rows.push_back({makePrintable(uidOf(server.name)), makePrintable(server.name), showState(server)});
+            rows.push_back({makePrintable(uidOf(server.name)), makePrintable(server.name), describeState(server)});
     }
     if (!options.json)
         printTable(rows);

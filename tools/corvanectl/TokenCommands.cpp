@@ -89,7 +89,7 @@ void deleteToken(const Token& token, const Options& options)
 std::shared_ptr<Token> addToken(CLI::App& command)
 {
     auto token = std::make_shared<Token>();
-    addRequired(command, "UID", token->uid, "Uid of the service");
+    addRequired(command, "UID", token->uid, "Uid or name of the service, or how one of them begins");
     addRequired(command, "TOKEN", token->token, "The token, 0-4294967295");
     return token;
 }
