@@ -183,11 +183,10 @@ void Links::onConnectionChange(const std::string& uid, unsigned long generation,
     if (!connected)
         return listener.onDisconnected(*application);
     listener.onConnected(*application);
-    box.workers.run(
-        [this, uid, generation, reports = application->stateReports] { askForState(uid, generation, reports); });
+    box.workers.run([this, uid, generation] { askForState(uid, generation); });
 }
 
-void Links::askForState(const std::string& uid, unsigned long generation, unsigned long reports)
+void Links::askForState(const std::string& uid, unsigned long generation)
 {
     RPCClient client(serverNameOf(uid));
     std::string state;
@@ -198,10 +197,10 @@ void Links::askForState(const std::string& uid, unsigned long generation, unsign
     } catch (const std::exception&) {
         // A service has no focus; and an application that does not answer is noticed by its silence.
     }
-    box.loop.post([this, uid, generation, reports, state, isFocused] {
+    box.loop.post([this, uid, generation, state, isFocused] {
         ManagedApplication* const application = box.registry.find(uid, generation);
         // What the application has announced in the meantime is newer.
-        if (application != nullptr && application->stateReports == reports && !state.empty())
+        if (application != nullptr && application->hearing != Hearing::ANNOUNCED && !state.empty())
             listener.onState(*application, state, isFocused);
     });
 }

@@ -49,7 +49,7 @@ private:
     void finishConnecting(const std::string& uid, unsigned long generation,
                           std::shared_ptr<Corvane::RPCClient> connection, Failure failure);
     void onConnectionChange(const std::string& uid, unsigned long generation, bool connected);
-    void askForState(const std::string& uid, unsigned long generation, unsigned long reports);
+    void askForState(const std::string& uid, unsigned long generation);
 
     Box& box;
     ILinkListener& listener;

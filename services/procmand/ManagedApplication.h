@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <corvane/common/RPCClient.h>
+#include <corvane/interfaces/ILifecycleManagement.h>
 #include <map>
 #include <memory>
 #include <optional>
@@ -16,6 +17,9 @@ namespace Procmand
 
 /// Why an application is being stopped; what comes after its end depends on it.
 enum class StopPurpose { NONE, STOP, RESTART, RUNAWAY };
+
+/// How the state of an application became known on the present link.
+enum class Hearing { NOTHING, ASKED, ANNOUNCED };
 
 /// One application of the box, as the process manager knows it. Guarded by the lock of the box.
 struct ManagedApplication {
@@ -43,11 +47,14 @@ struct ManagedApplication {
     std::shared_ptr<Corvane::RPCClient> connection;
     bool isConnecting = false;
     bool isConnected = false;
-    bool serverAppeared = false;    ///< while a connection was being made
-    std::string socketFile;         ///< of the control server, once it was needed
-    unsigned long stateReports = 0; ///< how often the application has told its state
-    std::string state;              ///< empty until the application tells it
+    bool serverAppeared = false; ///< while a connection was being made
+    std::string socketFile;      ///< of the control server, once it was needed
+    std::string state;           ///< empty until the application tells it
     std::string previousState;
+    Hearing hearing = Hearing::NOTHING;
+    std::string announcedState = Corvane::ILifecycleManagement::STATE_UNINITIALIZED; ///< by it or in its name
+    std::string lateState; ///< what it told when it was asked, until that is announced in its name
+    EventLoop::Timer lateStateTimer = 0;
     EventLoop::Timer keepAliveTimer = 0;
     bool ranAway = false;
 

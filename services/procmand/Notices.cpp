@@ -38,6 +38,15 @@ void Notices::announce(const char* name, Write writeFields) const
     sink(name, serializer.generate());
 }
 
+void Notices::onStateChange(const std::string& uid, const std::string& oldState, const std::string& newState) const
+{
+    announce("IApplication::onStateChange", [&](Serializer& serializer) {
+        serializer.writeString("uid", uid);
+        serializer.writeString("oldState", oldState);
+        serializer.writeString("newState", newState);
+    });
+}
+
 void Notices::onLaunch(const std::string& uid, pid_t pid, const std::string& program, unsigned int restarts) const
 {
     announce("IApplicationManager::onLaunch", [&](Serializer& serializer) {

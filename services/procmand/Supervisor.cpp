@@ -48,7 +48,7 @@ std::string findType(std::vector<std::string> command)
 } // namespace
 
 Supervisor::Supervisor(Box& box, FocusControl& focus, WindowService& windows)
-    : box(box), focus(focus), windows(windows), stopper(box), links(box, *this)
+    : box(box), focus(focus), windows(windows), states(box), stopper(box), links(box, *this)
 {
 }
 
@@ -223,6 +223,7 @@ bool Supervisor::isStarting()
 
 void Supervisor::onConnected(ManagedApplication& application)
 {
+    states.onConnected(application);
     awaitKeepAlive(application);
 }
 
@@ -250,12 +251,10 @@ void Supervisor::onNotification(ManagedApplication& application, const std::stri
             return;
         if (name == "IApplication::onKeepAlive" && !application.end)
             awaitKeepAlive(application);
-        if (name == "IApplication::onStateChange") {
-            ++application.stateReports;
-            application.previousState = Corvane::deserialize<std::string>("oldState", deserializer);
-            application.state = Corvane::deserialize<std::string>("newState", deserializer);
-        }
-        box.notices.pass(name, payload);
+        if (name != "IApplication::onStateChange" ||
+            states.onAnnounced(application, Corvane::deserialize<std::string>("oldState", deserializer),
+                               Corvane::deserialize<std::string>("newState", deserializer)))
+            box.notices.pass(name, payload);
         if (name == "IWindow::onFocusChange")
             focus.onAnnounced(application.uid, Corvane::deserialize<bool>("newIsFocused", deserializer));
     } catch (const Corvane::SerialError&) {
@@ -265,7 +264,7 @@ void Supervisor::onNotification(ManagedApplication& application, const std::stri
 
 void Supervisor::onState(ManagedApplication& application, const std::string& state, bool isFocused)
 {
-    application.state = state;
+    states.onTold(application, state);
     focus.onAnnounced(application.uid, isFocused);
 }
 
@@ -318,6 +317,7 @@ void Supervisor::onProcessEnd(ManagedApplication& application)
 void Supervisor::finishEnd(ManagedApplication& application)
 {
     box.loop.cancel(application.lastWordsTimer);
+    states.flush(application);
     // What is still on its way from this process comes too late.
     box.registry.renew(application);
     links.disconnect(application);

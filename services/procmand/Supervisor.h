@@ -3,6 +3,7 @@
 #include "Box.h"
 #include "FocusControl.h"
 #include "Links.h"
+#include "StateTracker.h"
 #include "Stopper.h"
 #include "WindowService.h"
 
@@ -63,6 +64,7 @@ private:
     Box& box;
     FocusControl& focus;
     WindowService& windows;
+    StateTracker states;
     Stopper stopper;
     Links links;
 };

@@ -165,6 +165,32 @@ TEST_F(ProcmandLaunch, WatchesAProgramWithoutAControlServerAsAProcessOnly)
     EXPECT_EQ(announcements.count({"onRunaway", uid}), 0U);
 }
 
+TEST_F(ProcmandLaunch, AnnouncesTheStatesOfEveryApplicationOnceAndInOrder)
+{
+    startProcmand({"--keep-alive-deadline", "60"});
+    std::vector<std::string> uids;
+    for (int i = 0; i < 10; ++i) {
+        const std::string result =
+            call("IApplicationManager::launch", R"({"applicationType":"test","program":")" PROCMAND_VICTIM R"("})");
+        uids.push_back(result.substr(1, result.size() - 2));
+    }
+    for (const std::string& uid : uids) {
+        const std::vector<std::string> running{"IApplication::onStateChange", uid, R"("newState":"RUNNING")"};
+        ASSERT_TRUE(await([&] { return announcements.count(running) > 0; })) << "some are faster than the listener";
+        call("IApplicationManager::stop", write({{"uid", uid}}));
+    }
+    ASSERT_TRUE(await([&] { return announcements.count({"IApplicationManager::onStop "}) == uids.size(); }));
+
+    std::map<std::string, std::string> states;
+    for (const std::string& announcement : announcements.getAll())
+        if (announcement.starts_with("IApplication::onStateChange ")) {
+            auto change = readMembers(announcement.substr(announcement.find(' ')));
+            const std::string before = std::exchange(states[change["uid"]], change["newState"]);
+            EXPECT_EQ(change["oldState"], before.empty() ? "UNINITIALIZED" : before) << announcement;
+        }
+    EXPECT_EQ(states.size(), uids.size());
+}
+
 TEST_F(ProcmandLaunch, RunsAHundredApplicationsAtOnce)
 {
     constexpr int COUNT = 100;
