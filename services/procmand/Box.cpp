@@ -13,6 +13,7 @@ constexpr unsigned int WORKER_LIMIT = 128;
 
 Box::Box(Settings settings, Notices::Sink sink)
     : settings(std::move(settings)),
+      folder(this->settings.stateFolder),
       loop(lock),
       notices(std::move(sink)),
       files(this->settings.stateFolder + "/output"),

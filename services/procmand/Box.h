@@ -8,6 +8,7 @@
 #include "OutputFiles.h"
 #include "Recovery.h"
 #include "Settings.h"
+#include "StateLock.h"
 #include "WindowStack.h"
 #include "Workers.h"
 
@@ -21,6 +22,7 @@ namespace Procmand
 /// `lock` guards all of it. Tasks of the loop and the handlers of remote calls hold it; neither ever waits, so it is
 /// held for moments only. What has to wait is a job of the workers, which hold no lock and post what came of it.
 struct Box {
+    /// @throws std::runtime_error  the state folder cannot be used: above all, another process manager has it
     Box(Settings settings, Notices::Sink sink);
 
     /// Remembers an end and writes it into the history.
@@ -29,6 +31,7 @@ struct Box {
     void compactHistory();
 
     const Settings settings;
+    const StateLock folder; ///< before anything in it is touched
     std::mutex lock;
     EventLoop loop;
     Notices notices;

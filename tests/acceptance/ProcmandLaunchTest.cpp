@@ -224,9 +224,32 @@ TEST_F(ProcmandLaunch, RunsAHundredApplicationsAtOnce)
 TEST_F(ProcmandLaunch, IsTheOnlyOneOfItsKind)
 {
     startProcmand();
-    ChildProcess second({CORVANE_PROCMAND, "--state-folder", state.getPath()});
+    const TemporaryDirectory other;
+    ChildProcess second({CORVANE_PROCMAND, "--state-folder", other.getPath()});
 
     EXPECT_EQ(second.wait().status, 1);
     EXPECT_THAT(second.getError(), HasSubstr("a server that is alive listens on"));
     EXPECT_EQ(corvanectl({"ps"}).status, 0);
+}
+
+TEST_F(ProcmandLaunch, SharesItsStateFolderWithNobody)
+{
+    startProcmand();
+    const std::string uid = launchShell("exec sleep 1000", R"("restart":"always")");
+    const std::string history = readFile(state.getPath() + "/history.jsonl");
+    {
+        const TemporaryRuntime elsewhere;
+        ChildProcess second({CORVANE_PROCMAND, "--state-folder", state.getPath()});
+
+        EXPECT_EQ(second.wait().status, 1);
+        EXPECT_THAT(second.getError(), HasSubstr("the state folder " + state.getPath() + " is in use by process " +
+                                                 std::to_string(procmand->getPid()) + "\n"));
+    }
+    EXPECT_EQ(readFile(state.getPath() + "/history.jsonl"), history);
+    EXPECT_EQ(find(uid)["phase"], "running");
+
+    // What was launched does not hold the folder when the process manager has gone.
+    killProcmand();
+    startProcmand();
+    EXPECT_EQ(find(uid)["phase"], "running");
 }

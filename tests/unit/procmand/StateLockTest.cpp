@@ -1,0 +1,34 @@
+#include "StateLock.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <memory>
+#include <stdexcept>
+#include <support/TemporaryDirectory.h>
+#include <unistd.h>
+
+namespace Procmand
+{
+
+TEST(StateLockTest, KeepsOthersOffTheFolderAndTellsWhoHasIt)
+{
+    const Corvane::Test::TemporaryDirectory directory;
+    const std::string folder = directory.getPath() + "/box/state";
+    auto first = std::make_unique<StateLock>(folder);
+    try {
+        const StateLock second(folder);
+        FAIL() << "two have it";
+    } catch (const std::runtime_error& error) {
+        EXPECT_EQ(error.what(), "the state folder " + folder + " is in use by process " + std::to_string(getpid()));
+    }
+
+    first.reset();
+    EXPECT_NO_THROW(StateLock{folder}) << "it is free again";
+}
+
+TEST(StateLockTest, SaysThatTheFolderCannotBeUsed)
+{
+    EXPECT_THROW(StateLock("/proc/nowhere"), std::runtime_error);
+}
+
+} // namespace Procmand
