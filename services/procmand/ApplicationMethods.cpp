@@ -33,11 +33,10 @@ const char* nameOf(const ManagedApplication& application)
 
 void writeProcess(const ManagedApplication& application, Serializer& serializer)
 {
-    using namespace std::chrono;
     if (!application.isAlive())
         return serializer.writeNull("pid");
     serializer.writeInteger("pid", application.process->getPid());
-    const auto uptime = duration_cast<seconds>(ManagedApplication::Clock::now() - application.startedAt);
+    const auto uptime = std::chrono::floor<std::chrono::seconds>(application.process->getAge());
     serializer.writeUnsigned("uptimeSeconds", static_cast<unsigned int>(uptime.count()));
     if (const auto usage = application.process->readUsage()) {
         serializer.writeJson("processorMs", std::to_string(usage->processorMs));

@@ -41,8 +41,6 @@ void Box::compactHistory()
         if (application.phase == ManagedApplication::Phase::STARTING)
             continue; // its record comes when it has started
         records.push_back(makeStartRecord(application).write());
-        if (application.phase == ManagedApplication::Phase::WAITING)
-            records.push_back(writeRecord("waiting", uid));
     }
     records.push_back(writeWindowsRecord(windows.getWindows()));
     history.rewrite(records);
@@ -57,7 +55,10 @@ StartRecord makeStartRecord(const ManagedApplication& application)
             .startTime = application.process ? application.process->getStartTime() : std::string(),
             .program = application.program,
             .type = application.type,
+            .phase =
+                application.phase == ManagedApplication::Phase::WAITING ? StartRecord::WAITING : StartRecord::RUNNING,
             .restarts = application.restarts,
+            .restartsInRow = application.restartsInRow,
             .request = application.request};
 }
 

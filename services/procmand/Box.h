@@ -47,7 +47,7 @@ struct Box {
     Workers workers;
 };
 
-/// @return the record of an application's process
+/// @return the record of an application and its process
 StartRecord makeStartRecord(const ManagedApplication& application);
 
 } // namespace Procmand

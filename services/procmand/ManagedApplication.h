@@ -37,7 +37,6 @@ struct ManagedApplication {
     Phase phase = Phase::STARTING;
     std::optional<Process> process;    ///< while RUNNING
     std::optional<ProcessEnd> end;     ///< the process has ended, its last words may still come
-    Clock::time_point startedAt;       ///< of the process, or of its adoption
     unsigned int restarts = 0;         ///< all of them
     unsigned int restartsInRow = 0;    ///< those without a long run in between
     EventLoop::Timer restartTimer = 0; ///< while WAITING

@@ -1,6 +1,8 @@
 #include "Process.h"
 
+#include <charconv>
 #include <csignal>
+#include <ctime>
 #include <fstream>
 #include <poll.h>
 #include <sstream>
@@ -52,6 +54,19 @@ std::optional<Process> Process::find(pid_t pid, bool isGroupLeader)
         return std::nullopt;
     const std::vector<std::string> fields = readFields(pid);
     return Process(pid, isGroupLeader, handle, fields.size() > START_TIME ? fields[START_TIME] : "");
+}
+
+std::chrono::milliseconds Process::findAge(const std::string& startTime)
+{
+    const auto ticksPerSecond = static_cast<std::uint64_t>(sysconf(_SC_CLK_TCK));
+    std::uint64_t ticks = 0;
+    if (std::from_chars(startTime.data(), startTime.data() + startTime.size(), ticks).ec != std::errc())
+        return std::chrono::milliseconds::zero();
+    timespec now{};
+    clock_gettime(CLOCK_BOOTTIME, &now); // the clock of start times: it goes on while the box sleeps
+    const std::chrono::milliseconds start(ticks / ticksPerSecond * 1000 +
+                                          ticks % ticksPerSecond * 1000 / ticksPerSecond);
+    return std::chrono::seconds(now.tv_sec) + std::chrono::milliseconds(now.tv_nsec / 1000000) - start;
 }
 
 bool Process::hasEnded() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <corvane/common/FileDescriptor.h>
 #include <cstdint>
 #include <optional>
@@ -37,6 +38,10 @@ public:
     pid_t getPid() const { return pid; }
     /// @return the time of its start in the system's own unit since boot; with the pid it names the process for good
     const std::string& getStartTime() const { return startTime; }
+    /// @return how long ago it started, whoever was watching then
+    std::chrono::milliseconds getAge() const { return findAge(startTime); }
+    /// @param startTime  of a process of the present boot. @return zero for what is no such time
+    static std::chrono::milliseconds findAge(const std::string& startTime);
     /// @return a descriptor that can be read once the process has ended
     int getDescriptor() const { return handle.get(); }
     bool hasEnded() const;

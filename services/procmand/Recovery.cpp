@@ -36,7 +36,9 @@ void take(const std::string& text, Recovery& recovery)
     }
     const auto uid = deserialize<std::string>("uid", deserializer);
     if (kind == "start") {
-        recovery.applications[uid] = {.start = StartRecord::read(text), .hasEnded = false};
+        StartRecord start = StartRecord::read(text);
+        const bool runs = start.phase == StartRecord::RUNNING;
+        recovery.applications[uid] = {.start = std::move(start), .hasEnded = !runs};
         return;
     }
     const auto known = recovery.applications.find(uid);
@@ -47,7 +49,7 @@ void take(const std::string& text, Recovery& recovery)
     }
     if (known == recovery.applications.end())
         return;
-    if (kind == "end" || kind == "waiting")
+    if (kind == "end" || kind == "waiting") // the second one was a record of its own once
         known->second.hasEnded = true;
     else if (kind == "gone")
         recovery.applications.erase(known);
@@ -85,11 +87,11 @@ std::string writeWindowsRecord(const std::vector<WindowState>& windows)
     return serializer.generate();
 }
 
-std::string writeRecord(const char* kind, const std::string& uid)
+std::string writeGoneRecord(const std::string& uid)
 {
     Corvane::Serializer serializer;
     serializer.beginObject("");
-    serializer.writeString("record", kind);
+    serializer.writeString("record", "gone");
     serializer.writeString("uid", uid);
     serializer.endObject("");
     return serializer.generate();

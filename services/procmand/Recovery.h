@@ -15,7 +15,7 @@ namespace Procmand
 struct Recovery {
     struct Application {
         StartRecord start;
-        bool hasEnded = false; ///< and was to be started again
+        bool hasEnded = false; ///< and is to be started again
     };
 
     std::map<std::string, Application> applications; ///< by uid
@@ -31,7 +31,7 @@ constexpr std::size_t REMEMBERED_ENDS = 100;
 
 /// The record of all windows in their order.
 std::string writeWindowsRecord(const std::vector<WindowState>& windows);
-/// A record of an application: "waiting" to be started again, or "gone" for good.
-std::string writeRecord(const char* kind, const std::string& uid);
+/// The record of an application for which nothing more is done.
+std::string writeGoneRecord(const std::string& uid);
 
 } // namespace Procmand

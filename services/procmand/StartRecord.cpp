@@ -17,7 +17,9 @@ std::string StartRecord::write() const
     serializer.writeString("startTime", startTime);
     serializer.writeString("program", program);
     serializer.writeString("applicationType", type);
+    serializer.writeString("phase", phase);
     serializer.writeUnsigned("restarts", restarts);
+    serializer.writeUnsigned("restartsInRow", restartsInRow);
     // As a text of its own: the request is read by its own rules.
     if (request)
         serializer.writeString("request", request->write());
@@ -36,9 +38,14 @@ StartRecord StartRecord::read(const std::string& text)
     record.pid = deserialize<int>("pid", deserializer);
     record.startTime = deserialize<std::string>("startTime", deserializer);
     record.program = deserialize<std::string>("program", deserializer);
-    if (deserializer.hasMember("applicationType")) // earlier versions did not write it
-        record.type = deserialize<std::string>("applicationType", deserializer);
     record.restarts = deserialize<unsigned int>("restarts", deserializer);
+    // Earlier versions did not write these.
+    if (deserializer.hasMember("applicationType"))
+        record.type = deserialize<std::string>("applicationType", deserializer);
+    if (deserializer.hasMember("phase"))
+        record.phase = deserialize<std::string>("phase", deserializer);
+    if (deserializer.hasMember("restartsInRow"))
+        record.restartsInRow = deserialize<unsigned int>("restartsInRow", deserializer);
     if (deserializer.hasMember("request"))
         record.request = LaunchRequest::read(deserialize<std::string>("request", deserializer));
     return record;

@@ -9,8 +9,12 @@
 namespace Procmand
 {
 
-/// A process that the process manager watches, as the history keeps it for a process manager that is started anew.
+/// An application with the process that it has or had last, as the history keeps it for a process manager that is
+/// started anew.
 struct StartRecord {
+    static constexpr char RUNNING[] = "running";
+    static constexpr char WAITING[] = "waiting";
+
     std::string time;
     std::string boot; ///< of the machine: process ids begin anew with it
     std::string uid;
@@ -18,7 +22,9 @@ struct StartRecord {
     std::string startTime; ///< of the process, in the system's unit
     std::string program;
     std::string type; ///< its application type
+    std::string phase = RUNNING;
     unsigned int restarts = 0;
+    unsigned int restartsInRow = 0;
     std::optional<LaunchRequest> request; ///< none for an application that was started by hand
 
     std::string write() const;

@@ -111,7 +111,7 @@ void Supervisor::onStartFailure(ManagedApplication& application, const std::stri
         box.notices.onStop(application.uid, "terminate");
     // What has run before may run again, for instance when an update of its program is complete.
     if (application.restarts > 0 && application.stopPurpose != StopPurpose::STOP)
-        return restartByPolicy(application, true);
+        return restartByPolicy(application, true, std::chrono::milliseconds::zero());
     forget(application);
 }
 
@@ -119,7 +119,6 @@ void Supervisor::watch(ManagedApplication& application, Process process)
 {
     application.phase = Phase::RUNNING;
     application.process = std::move(process);
-    application.startedAt = ManagedApplication::Clock::now();
     box.history.append(makeStartRecord(application).write());
     box.loop.watch(application.process->getDescriptor(),
                    [this, uid = application.uid, generation = application.generation] {
@@ -165,12 +164,15 @@ void Supervisor::recover(const Recovery::Application& recovered)
     application.request = start.request;
     application.type = start.type;
     application.restarts = start.restarts;
+    application.restartsInRow = start.restartsInRow;
     if (lives)
         return watch(application, std::move(*process));
     application.end.emplace();
     if (!recovered.hasEnded)
-        recordEnd(application);
-    restartByPolicy(application, true);
+        recordEnd(application, start.pid);
+    // Nobody knows how long it ran; at most since its start.
+    const auto longest = recovered.hasEnded ? std::chrono::milliseconds::zero() : Process::findAge(start.startTime);
+    restartByPolicy(application, true, longest);
 }
 
 void Supervisor::stop(const std::string& uid)
@@ -192,8 +194,10 @@ void Supervisor::restart(const std::string& uid)
         throw std::runtime_error("the application " + uid + " was started by hand");
     if (application.isAlive())
         return stopper.begin(application, StopPurpose::RESTART);
-    if (application.phase == Phase::WAITING)
+    if (application.phase == Phase::WAITING) {
+        application.restartsInRow = 0;
         return restartNow(application);
+    }
     application.stopPurpose = StopPurpose::RESTART;
 }
 
@@ -321,20 +325,20 @@ void Supervisor::finishEnd(ManagedApplication& application)
     // What is still on its way from this process comes too late.
     box.registry.renew(application);
     links.disconnect(application);
-    recordEnd(application);
+    recordEnd(application, application.process->getPid());
     focus.onGone(application.uid);
     windows.releaseAll(application.uid);
     const StopPurpose purpose = application.stopPurpose;
     settle(application, purpose, stopper.finish(application));
 }
 
-void Supervisor::recordEnd(const ManagedApplication& application)
+void Supervisor::recordEnd(const ManagedApplication& application, pid_t pid)
 {
     const bool isLaunched = application.request.has_value();
     const StopPurpose purpose = application.stopPurpose;
     const EndRecord record{.time = tellTime(),
                            .uid = application.uid,
-                           .pid = application.process ? application.process->getPid() : 0,
+                           .pid = pid,
                            .program = application.program,
                            .name = application.getName(),
                            .end = *application.end,
@@ -358,14 +362,14 @@ void Supervisor::settle(ManagedApplication& application, StopPurpose purpose, co
         box.notices.onStop(application.uid, means);
         return forget(application);
     }
-    restartByPolicy(application, isFailure(application));
+    restartByPolicy(application, isFailure(application), application.process->getAge());
 }
 
-void Supervisor::restartByPolicy(ManagedApplication& application, bool failed)
+void Supervisor::restartByPolicy(ManagedApplication& application, bool failed, std::chrono::milliseconds runTime)
 {
     if (box.isEnding || !application.request || !isRestartWanted(application.request->restart, failed))
         return forget(application);
-    if (application.process && ManagedApplication::Clock::now() - application.startedAt >= box.settings.stableTime)
+    if (runTime >= box.settings.stableTime)
         application.restartsInRow = 0;
     const auto delay = findRestartDelay(application.restartsInRow, box.settings);
     if (!delay) {
@@ -373,11 +377,14 @@ void Supervisor::restartByPolicy(ManagedApplication& application, bool failed)
         return forget(application);
     }
     application.phase = Phase::WAITING;
-    box.notices.onRestartDelay(application.uid, *delay, ++application.restartsInRow);
+    box.history.append(makeStartRecord(application).write());
+    box.notices.onRestartDelay(application.uid, *delay, application.restartsInRow + 1);
     application.restartTimer =
         box.loop.schedule(*delay, [this, uid = application.uid, generation = application.generation] {
-            if (ManagedApplication* const waiting = box.registry.find(uid, generation))
+            if (ManagedApplication* const waiting = box.registry.find(uid, generation)) {
+                ++waiting->restartsInRow;
                 restartNow(*waiting);
+            }
         });
 }
 
@@ -399,7 +406,7 @@ void Supervisor::restartNow(ManagedApplication& application)
 void Supervisor::forget(ManagedApplication& application)
 {
     box.loop.cancel(application.restartTimer);
-    box.history.append(writeRecord("gone", application.uid));
+    box.history.append(writeGoneRecord(application.uid));
     if (application.request)
         box.files.remove(application.uid);
     box.registry.remove(application.uid);

@@ -55,9 +55,10 @@ private:
     void onRunaway(ManagedApplication& application);
     void onProcessEnd(ManagedApplication& application);
     void finishEnd(ManagedApplication& application);
-    void recordEnd(const ManagedApplication& application);
+    void recordEnd(const ManagedApplication& application, pid_t pid);
     void settle(ManagedApplication& application, StopPurpose purpose, const std::string& means);
-    void restartByPolicy(ManagedApplication& application, bool failed);
+    /// @param runTime  of the process that has ended; zero when there was none
+    void restartByPolicy(ManagedApplication& application, bool failed, std::chrono::milliseconds runTime);
     void restartNow(ManagedApplication& application);
     void forget(ManagedApplication& application);
 

@@ -117,10 +117,65 @@ TEST_F(ProcmandReturn, RecordsWhatEndedWhileItWasGoneAndRestartsIt)
     ASSERT_TRUE(await([&] { return !lives(pid) && !lives(faithfulPid); }));
 
     startProcmand({"--restart-delay", "0.02"});
-    EXPECT_THAT(corvanectl({"history", uid}).output, HasSubstr("unknown"));
+    EXPECT_THAT(corvanectl({"history", uid}).output, HasSubstr(uid + "  pid " + std::to_string(pid) + "  unknown"));
     EXPECT_TRUE(find(uid).empty());
     EXPECT_TRUE(awaitMember(faithful, "state", "RUNNING"));
     EXPECT_EQ(find(faithful)["restarts"], "1");
+}
+
+TEST_F(ProcmandReturn, KnowsForHowLongTheApplicationsHaveRun)
+{
+    startProcmand();
+    const std::string uid = launchShell("exec sleep 1000");
+    const auto uptime = [&] { return std::stoi(find(uid)["uptimeSeconds"]); };
+    ASSERT_TRUE(await([&] { return uptime() > 0; }));
+    killProcmand();
+
+    startProcmand();
+    EXPECT_GT(uptime(), 0);
+}
+
+TEST_F(ProcmandReturn, GoesOnWithTheRowOfRestarts)
+{
+    const std::string file = state.getPath() + "/go";
+    const auto awaitRow = [this](const std::string& uid, const std::string& row) {
+        return announcements.take({"IApplicationManager::onRestartDelay", uid, "\"restartsInRow\":" + row + "}"}) != "";
+    };
+    startProcmand({"--restart-delay", "0.02"});
+    const std::string uid = launchShell("until rm " + file + "; do sleep 0.01; done; exit 1", R"("restart":"always")");
+    std::ofstream(file).close();
+    ASSERT_TRUE(awaitRow(uid, "1"));
+    ASSERT_NE(announcements.take({"IApplicationManager::onLaunch ", uid}), "");
+    killProcmand();
+
+    // Of one that runs, and of one that waits for its restart.
+    startProcmand({"--restart-delay", "1000", "--restart-delay-limit", "1000"});
+    std::ofstream(file).close();
+    EXPECT_TRUE(awaitRow(uid, "2"));
+    killProcmand();
+    startProcmand({"--restart-delay", "0.02"});
+    EXPECT_TRUE(awaitMember(uid, "restarts", "2"));
+    std::ofstream(file).close();
+    EXPECT_TRUE(awaitRow(uid, "3"));
+    EXPECT_EQ(announcements.count({"onRestartDelay", "\"restartsInRow\":1}"}), 1U);
+}
+
+TEST_F(ProcmandReturn, BeginsANewRowOfRestartsWhereThereWasTimeForALongRun)
+{
+    const std::string file = state.getPath() + "/go";
+    startProcmand({"--restart-delay", "0.02"});
+    const std::string uid =
+        launchShell("until rm " + file + "; do sleep 0.01; done; exit 1", R"("restart":"on-failure")");
+    std::ofstream(file).close();
+    ASSERT_NE(announcements.take({"IApplicationManager::onRestartDelay", uid}), "");
+    ASSERT_NE(announcements.take({"IApplicationManager::onLaunch ", uid}), "");
+    const pid_t pid = pidOf(uid);
+    killProcmand();
+    kill(pid, SIGKILL);
+    ASSERT_TRUE(await([pid] { return !lives(pid); }));
+
+    startProcmand({"--restart-delay", "0.02", "--restart-limit", "1", "--stable-time", "0.001"});
+    EXPECT_TRUE(awaitMember(uid, "restarts", "2"));
 }
 
 TEST_F(ProcmandReturn, KeepsTheHistoryAndTheRestartsThatAreDue)

@@ -51,8 +51,8 @@ protected:
 TEST_F(RecoveryTest, TellsWhoRunsWhoIsToRunAgainAndWhoIsGone)
 {
     const Recovery recovery = Recovery::read({start("runs"), start("ended"), start("waits"), start("gone"),
-                                              start("again"), end("ended"), writeRecord("waiting", "waits"),
-                                              end("gone"), writeRecord("gone", "gone"), end("again"), start("again")});
+                                              start("again"), end("ended"), R"({"record":"waiting","uid":"waits"})",
+                                              end("gone"), writeGoneRecord("gone"), end("again"), start("again")});
 
     EXPECT_THAT(uidsOf(recovery), ElementsAre("again", "ended has ended", "runs", "waits has ended"));
     EXPECT_THAT(recovery.ends, SizeIs(3));
@@ -67,7 +67,9 @@ TEST_F(RecoveryTest, KeepsEverythingOfAStart)
     record.pid = 7;
     record.startTime = "9";
     record.program = "/bin/player";
+    record.phase = StartRecord::WAITING;
     record.restarts = 3;
+    record.restartsInRow = 2;
     record.request = LaunchRequest::read(
         R"({"program":"player","arguments":["a \"b\""],"environment":{"FRUIT":"pear"},"workingDirectory":"/usr",)"
         R"("applicationType":"video","applicationParameters":"loud","restart":"always",)"
