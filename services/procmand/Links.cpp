@@ -1,15 +1,14 @@
 #include "Links.h"
 
+#include "ServerSocket.h"
+
 #include <cerrno>
 #include <climits>
 #include <corvane/common/RPCError.h>
-#include <corvane/common/RPCServer.h>
 #include <corvane/foundation/DebugPrint.h>
 #include <corvane/foundation/Deserializer.h>
 #include <corvane/foundation/Exception.h>
 #include <sys/inotify.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <system_error>
 
 namespace Procmand
@@ -23,12 +22,14 @@ using Corvane::RPCError;
 
 /// How soon a server is tried again that did not answer the first time.
 constexpr std::chrono::seconds RETRY_DELAY{1};
+/// How soon a socket is looked at again while names change hands, which takes a moment each; and how often.
+constexpr std::chrono::milliseconds REMOVAL_DELAY{50};
+constexpr unsigned int REMOVAL_LIMIT = 100;
 
 /// @return the file name of the server's socket
 std::string socketFileOf(const std::string& uid)
 {
-    // A server that is never brought up knows its address all the same.
-    const std::string path = Corvane::RPCServer(serverNameOf(uid).c_str()).getFixedRPCAddress();
+    const std::string path = findSocketPath(serverNameOf(uid));
     return path.substr(path.rfind('/') + 1);
 }
 
@@ -44,20 +45,6 @@ T readResult(const std::string& result)
 std::string serverNameOf(const std::string& uid)
 {
     return "APP" + uid;
-}
-
-pid_t findServer(const std::string& name)
-{
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    Corvane::RPCServer(name.c_str()).getFixedRPCAddress().copy(address.sun_path, sizeof address.sun_path - 1);
-    const Corvane::FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
-        return 0;
-    return peer.pid;
 }
 
 Links::Links(Box& box, ILinkListener& listener)
@@ -212,6 +199,17 @@ void Links::disconnect(ManagedApplication& application)
     application.connection.reset();
     application.isConnected = false;
     application.isConnecting = false;
+}
+
+void Links::removeSocket(const std::string& uid)
+{
+    removeSocket(uid, REMOVAL_LIMIT);
+}
+
+void Links::removeSocket(const std::string& uid, unsigned int tries)
+{
+    if (!removeDeadSocket(serverNameOf(uid)) && tries > 1)
+        box.loop.schedule(REMOVAL_DELAY, [this, uid, tries] { removeSocket(uid, tries - 1); });
 }
 
 } // namespace Procmand

@@ -37,6 +37,8 @@ public:
     void connect(ManagedApplication& application);
     /// Ends the link. A handler of it that runs is waited for, elsewhere.
     void disconnect(ManagedApplication& application);
+    /// Removes, soon, the socket that an application left behind that has ended; one that is used again stays.
+    void removeSocket(const std::string& uid);
 
 private:
     /// Why there is no link.
@@ -50,6 +52,7 @@ private:
                           std::shared_ptr<Corvane::RPCClient> connection, Failure failure);
     void onConnectionChange(const std::string& uid, unsigned long generation, bool connected);
     void askForState(const std::string& uid, unsigned long generation);
+    void removeSocket(const std::string& uid, unsigned int tries);
 
     Box& box;
     ILinkListener& listener;
@@ -58,7 +61,5 @@ private:
 
 /// @return the name of an application's control server
 std::string serverNameOf(const std::string& uid);
-/// @return the process that serves under this name, 0 when nobody does
-pid_t findServer(const std::string& name);
 
 } // namespace Procmand

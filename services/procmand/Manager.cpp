@@ -1,7 +1,7 @@
 #include "Manager.h"
 
 #include "Launcher.h"
-#include "Links.h"
+#include "ServerSocket.h"
 
 #include <corvane/foundation/DebugPrint.h>
 #include <csignal>

@@ -1,6 +1,7 @@
 #include "Supervisor.h"
 
 #include "Launcher.h"
+#include "ServerSocket.h"
 #include "Token.h"
 
 #include <algorithm>
@@ -170,6 +171,7 @@ void Supervisor::recover(const Recovery::Application& recovered)
     application.end.emplace();
     if (!recovered.hasEnded)
         recordEnd(application, start.pid);
+    links.removeSocket(start.uid);
     // Nobody knows how long it ran; at most since its start.
     const auto longest = recovered.hasEnded ? std::chrono::milliseconds::zero() : Process::findAge(start.startTime);
     restartByPolicy(application, true, longest);
@@ -325,6 +327,7 @@ void Supervisor::finishEnd(ManagedApplication& application)
     // What is still on its way from this process comes too late.
     box.registry.renew(application);
     links.disconnect(application);
+    links.removeSocket(application.uid);
     recordEnd(application, application.process->getPid());
     focus.onGone(application.uid);
     windows.releaseAll(application.uid);

@@ -190,6 +190,11 @@ pid_t WithProcmand::pidOf(const std::string& uid)
     return std::stoi(pid);
 }
 
+bool WithProcmand::hasSocket(const std::string& uid) const
+{
+    return std::filesystem::exists(runtime.directory.getPath() + "/APP" + uid + ".sock");
+}
+
 void WithProcmand::killAtRest(const std::string& uid, int signal)
 {
     const pid_t pid = pidOf(uid);

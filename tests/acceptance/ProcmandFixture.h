@@ -66,6 +66,8 @@ protected:
     std::map<std::string, std::string> find(const std::string& uid);
     bool awaitMember(const std::string& uid, const std::string& member, const std::string& value);
     pid_t pidOf(const std::string& uid);
+    /// Whether the socket of an application's control server is there, with a server behind it or without.
+    bool hasSocket(const std::string& uid) const;
     /// Sends a fatal signal while the main thread sleeps: one that finds it inside malloc or a lock may hang it.
     void killAtRest(const std::string& uid, int signal);
     /// Stops an application as a whole; returns when its last thread has stopped.

@@ -116,7 +116,9 @@ TEST_F(ProcmandReturn, RecordsWhatEndedWhileItWasGoneAndRestartsIt)
     kill(faithfulPid, SIGKILL);
     ASSERT_TRUE(await([&] { return !lives(pid) && !lives(faithfulPid); }));
 
+    EXPECT_TRUE(hasSocket(uid));
     startProcmand({"--restart-delay", "0.02"});
+    EXPECT_TRUE(await([&] { return !hasSocket(uid); }));
     EXPECT_THAT(corvanectl({"history", uid}).output, HasSubstr(uid + "  pid " + std::to_string(pid) + "  unknown"));
     EXPECT_TRUE(find(uid).empty());
     EXPECT_TRUE(awaitMember(faithful, "state", "RUNNING"));

@@ -85,6 +85,24 @@ TEST_F(ProcmandSupervision, KeepsTheLastStateOfOneThatCouldNotSayAnything)
                 AllOf(HasSubstr(R"("signal":9)"), HasSubstr(R"("state":"SUSPENDING","previousState":"RUNNING")")));
 }
 
+TEST_F(ProcmandSupervision, RemovesTheSocketThatADeadApplicationLeft)
+{
+    startProcmand({"--restart-delay", "0.02"});
+    const std::string uid = launchVictim();
+    HelloWindow hello("by hand");
+    ASSERT_TRUE(awaitMember("by hand", "state", "RUNNING"));
+    const std::string faithful = launchVictim("", R"("restart":"always")");
+    kill(pidOf(uid), SIGKILL);
+    kill(pidOf(faithful), SIGKILL);
+    hello.process.sendSignal(SIGKILL);
+
+    EXPECT_TRUE(await([&] { return !hasSocket(uid); }));
+    EXPECT_TRUE(await([this] { return !hasSocket("by%20hand"); }));
+    EXPECT_NE(announcements.take({"IApplicationManager::onLaunch ", faithful, R"("restarts":1)"}), "");
+    EXPECT_TRUE(awaitMember(faithful, "hasServer", "true")) << "its next process has the name again";
+    EXPECT_TRUE(hasSocket(faithful));
+}
+
 TEST_F(ProcmandSupervision, KeepsTheExitCode)
 {
     startProcmand();
