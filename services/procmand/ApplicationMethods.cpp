@@ -124,21 +124,21 @@ std::string ManagerServer::getApplications(const Request& request)
 std::string ManagerServer::getHistory(const Request& request)
 {
     Deserializer parameters(request.getParameters());
-    std::size_t wanted = REMEMBERED_ENDS;
+    std::size_t wanted = PAST_LIMIT;
     if (parameters.hasMember("limit"))
         wanted = deserialize<unsigned int>("limit", parameters);
     std::deque<std::string> answered; // the last ones, in their order
     std::size_t size = 0;
-    for (auto end = box.ends.rbegin(); end != box.ends.rend() && answered.size() < wanted; ++end) {
-        size += end->size();
+    for (auto record = box.past.rbegin(); record != box.past.rend() && answered.size() < wanted; ++record) {
+        size += record->text.size();
         if (size > HISTORY_SIZE_LIMIT)
             break;
-        answered.push_front(*end);
+        answered.push_front(record->text);
     }
     Serializer serializer;
     serializer.beginArray("");
-    for (const std::string& end : answered)
-        serializer.writeJson("", end);
+    for (const std::string& record : answered)
+        serializer.writeJson("", record);
     serializer.endArray("");
     return RPCResultObject(request, JsonValue(serializer.generate())).serialize();
 }

@@ -1,5 +1,7 @@
 #include "Box.h"
 
+#include <set>
+
 namespace Procmand
 {
 
@@ -25,18 +27,30 @@ Box::Box(Settings settings, Notices::Sink sink)
 
 void Box::rememberEnd(const EndRecord& record)
 {
-    ends.push_back(record.write());
-    if (ends.size() > REMEMBERED_ENDS)
-        ends.pop_front();
-    history.append(ends.back());
+    past.push_back({.uid = record.uid, .text = record.write()});
+    if (past.size() > PAST_LIMIT)
+        past.pop_front();
+    history.append(past.back().text);
     if (history.isLong())
         compactHistory();
 }
 
+void Box::dropOutput() const
+{
+    std::set<std::string> tokens;
+    for (const PastRecord& record : past)
+        tokens.insert(record.uid);
+    for (const auto& [uid, application] : registry.getAll())
+        tokens.insert(uid);
+    files.keepOnly(tokens);
+}
+
 void Box::compactHistory()
 {
-    // The ends first: one of an application that lives again must not follow the record of its start.
-    std::vector<std::string> records(ends.begin(), ends.end());
+    // The past first: an end of an application that lives again must not follow the record of its start.
+    std::vector<std::string> records;
+    for (const PastRecord& record : past)
+        records.push_back(record.text);
     for (const auto& [uid, application] : registry.getAll()) {
         if (application.phase == ManagedApplication::Phase::STARTING)
             continue; // its record comes when it has started

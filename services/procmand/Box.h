@@ -27,6 +27,8 @@ struct Box {
 
     /// Remembers an end and writes it into the history.
     void rememberEnd(const EndRecord& record);
+    /// Removes what applications printed that neither are known nor have a place in the past.
+    void dropOutput() const;
     /// Writes the history anew, with nothing in it but what matters today.
     void compactHistory();
 
@@ -41,8 +43,8 @@ struct Box {
     WindowStack windows;
     /// In memory until the box is this process manager's: another one may have the screen.
     std::unique_ptr<ICompositor> compositor = makeCompositor("memory");
-    std::deque<std::string> ends; ///< the last records
-    bool isEnding = false;        ///< nothing is started any more
+    std::deque<PastRecord> past; ///< the last ones
+    bool isEnding = false;       ///< nothing is started any more
     /// Last, so that it goes first: its jobs use the rest.
     Workers workers;
 };

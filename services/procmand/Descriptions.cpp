@@ -97,11 +97,20 @@ constexpr RPCParameterDescription LAUNCHED[] = {
     {"uid", STRING}, {"pid", INTEGER}, {"program", STRING}, {"restarts", UNSIGNED}};
 constexpr RPCParameterDescription LAUNCH_FAILED[] = {{"uid", STRING}, {"program", STRING}, {"reason", STRING}};
 constexpr RPCParameterDescription REGISTERED[] = {{"uid", STRING}, {"pid", INTEGER}, {"program", STRING}};
-constexpr RPCParameterDescription ENDED[] = {
-    {"uid", STRING},           {"pid", INTEGER},      {"program", STRING},     {"time", STRING},
-    {"name", STRING},          {"exitCode", INTEGER}, {"signal", INTEGER},     {"state", STRING},
-    {"previousState", STRING}, {"ranAway", BOOLEAN},  {"wasStopped", BOOLEAN}, {"restarts", UNSIGNED},
-    {"standardError", STRING}};
+constexpr RPCParameterDescription ENDED[] = {{"uid", STRING},
+                                             {"pid", INTEGER},
+                                             {"program", STRING},
+                                             {"time", STRING},
+                                             {"name", STRING},
+                                             {"exitCode", INTEGER},
+                                             {"signal", INTEGER},
+                                             {"state", STRING},
+                                             {"previousState", STRING},
+                                             {"ranAway", BOOLEAN},
+                                             {"wasStopped", BOOLEAN},
+                                             {"restarts", UNSIGNED},
+                                             {"standardOutput", STRING},
+                                             {"standardError", STRING}};
 constexpr RPCParameterDescription STOPPED[] = {{"uid", STRING}, {"means", STRING}};
 constexpr RPCParameterDescription FAILED[] = {{"uid", STRING}, {"reason", STRING}};
 constexpr RPCParameterDescription DELAYED[] = {{"uid", STRING}, {"delayMs", UNSIGNED}, {"restartsInRow", UNSIGNED}};

@@ -36,6 +36,7 @@ std::string EndRecord::write() const
     serializer.writeBoolean("ranAway", ranAway);
     serializer.writeBoolean("wasStopped", wasStopped);
     serializer.writeUnsigned("restarts", restarts);
+    serializer.writeString("standardOutput", standardOutput);
     serializer.writeString("standardError", standardError);
     serializer.endObject("");
     return serializer.generate();

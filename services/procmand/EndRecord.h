@@ -20,7 +20,8 @@ struct EndRecord {
     bool ranAway = false;
     bool wasStopped = false; ///< somebody asked for the end
     unsigned int restarts = 0;
-    std::string standardError; ///< its last bytes
+    std::string standardOutput; ///< its last bytes
+    std::string standardError;  ///< its last bytes
 
     std::string write() const;
 };

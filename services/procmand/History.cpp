@@ -14,7 +14,7 @@ namespace Procmand
 namespace
 {
 
-constexpr off_t LONG_SIZE = 4 * 1024 * 1024;
+constexpr std::size_t LONG_GROWTH = 4 * 1024 * 1024;
 
 bool writeWhole(int descriptor, const std::string& text)
 {
@@ -69,7 +69,7 @@ bool History::isLong() const
 {
     struct stat status {
     };
-    return fstat(file.get(), &status) == 0 && status.st_size > LONG_SIZE;
+    return fstat(file.get(), &status) == 0 && static_cast<std::size_t>(status.st_size) > rewrittenSize + LONG_GROWTH;
 }
 
 void History::rewrite(const std::vector<std::string>& records)
@@ -82,6 +82,7 @@ void History::rewrite(const std::vector<std::string>& records)
     if (!output.isOpen() || !writeWhole(output.get(), text) || fdatasync(output.get()) != 0 ||
         rename(temporary.c_str(), path.c_str()) != 0)
         return report("rewrite");
+    rewrittenSize = text.size();
     open();
 }
 

@@ -21,7 +21,7 @@ public:
     std::vector<std::string> read() const;
     /// @param record  a JSON object on one line
     void append(const std::string& record);
-    /// @return whether the file has become so long that it should be written anew
+    /// @return whether the file has grown so much since it was written anew that this should be done again
     bool isLong() const;
     /// Puts these records in the place of all others; a failure leaves the file as it is.
     void rewrite(const std::vector<std::string>& records);
@@ -32,6 +32,7 @@ private:
 
     const std::string path;
     Corvane::FileDescriptor file;
+    std::size_t rewrittenSize = 0;
     bool failed = false;
 };
 

@@ -121,13 +121,12 @@ private:
 
 Process launch(const LaunchRequest& request, const std::string& token, const OutputFiles& files)
 {
-    const Corvane::FileDescriptor output = files.open(token, OutputFiles::Stream::OUTPUT);
-    const Corvane::FileDescriptor error = files.open(token, OutputFiles::Stream::ERROR);
+    const OutputFiles::Run run = files.beginRun(token);
     PointerList arguments = makeArguments(request);
     PointerList environment = makeEnvironment(request, token);
     const Attributes attributes;
     const Corvane::FileDescriptor folder = openWorkingDirectory(request.workingDirectory);
-    const Actions actions(folder.get(), output.get(), error.get());
+    const Actions actions(folder.get(), run.output.get(), run.error.get());
     pid_t pid = -1;
     const int failure = posix_spawnp(&pid, request.program.c_str(), actions.get(), attributes.get(), arguments.get(),
                                      environment.get());

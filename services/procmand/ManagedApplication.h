@@ -97,6 +97,7 @@ public:
     /// Gives the application a new generation.
     void renew(ManagedApplication& application);
     Applications& getAll() { return applications; }
+    const Applications& getAll() const { return applications; }
 
 private:
     Applications applications;

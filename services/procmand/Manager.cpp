@@ -81,10 +81,11 @@ void Manager::end()
 void Manager::takeUpTheBox()
 {
     const Recovery recovery = Recovery::read(box.history.read());
-    box.ends = recovery.ends;
+    box.past = recovery.past;
     for (const auto& [uid, application] : recovery.applications)
         supervisor.recover(application);
     windows.restore(recovery.windows);
+    box.dropOutput();
     box.compactHistory();
 }
 

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace Procmand
 {
@@ -30,6 +32,36 @@ void makeHole(const std::string& path)
         (void)!ftruncate(file.get(), 0);
 }
 
+/// @return the token as the beginning of a file name: nothing in it leads elsewhere, and it has no dot
+std::string fileNameOf(const std::string& token)
+{
+    constexpr char DIGITS[] = "0123456789ABCDEF";
+    std::string name;
+    for (const char c : token) {
+        const auto byte = static_cast<unsigned char>(c);
+        if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '-')
+            name += c;
+        else
+            name += {'%', DIGITS[byte >> 4], DIGITS[byte & 15]};
+    }
+    return name;
+}
+
+bool hasContent(const std::string& path)
+{
+    struct stat status {
+    };
+    return stat(path.c_str(), &status) == 0 && status.st_size > 0;
+}
+
+Corvane::FileDescriptor openNew(const std::string& path)
+{
+    Corvane::FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600));
+    if (!file.isOpen())
+        throw std::system_error(errno, std::generic_category(), "cannot open " + path);
+    return file;
+}
+
 } // namespace
 
 OutputFiles::OutputFiles(std::string folder) : folder(std::move(folder))
@@ -37,23 +69,31 @@ OutputFiles::OutputFiles(std::string folder) : folder(std::move(folder))
     std::filesystem::create_directories(this->folder);
 }
 
-std::string OutputFiles::pathOf(const std::string& token, Stream stream) const
+std::string OutputFiles::pathOf(const std::string& token, Stream stream, unsigned int run) const
 {
-    return folder + "/" + token + (stream == Stream::ERROR ? ".err" : ".out");
+    return folder + "/" + fileNameOf(token) + (stream == Stream::ERROR ? ".err" : ".out") +
+           (run == 0 ? "" : "." + std::to_string(run));
 }
 
-Corvane::FileDescriptor OutputFiles::open(const std::string& token, Stream stream) const
+OutputFiles::Run OutputFiles::beginRun(const std::string& token) const
 {
-    const std::string path = pathOf(token, stream);
-    Corvane::FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0600));
-    if (!file.isOpen())
-        throw std::system_error(errno, std::generic_category(), "cannot open " + path);
-    return file;
+    putEarlierRunsBack(token);
+    return {.output = openNew(pathOf(token, Stream::OUTPUT)), .error = openNew(pathOf(token, Stream::ERROR))};
 }
 
-std::string OutputFiles::readTail(const std::string& token) const
+void OutputFiles::putEarlierRunsBack(const std::string& token) const
 {
-    const Corvane::FileDescriptor file(::open(pathOf(token, Stream::ERROR).c_str(), O_RDONLY | O_CLOEXEC));
+    // One that printed nothing, or could not be started at all, takes no place from the others.
+    if (!hasContent(pathOf(token, Stream::OUTPUT)) && !hasContent(pathOf(token, Stream::ERROR)))
+        return;
+    for (const Stream stream : {Stream::OUTPUT, Stream::ERROR})
+        for (unsigned int run = RUN_LIMIT - 1; run > 0; --run)
+            std::rename(pathOf(token, stream, run - 1).c_str(), pathOf(token, stream, run).c_str());
+}
+
+std::string OutputFiles::readTail(const std::string& token, Stream stream) const
+{
+    const Corvane::FileDescriptor file(::open(pathOf(token, stream).c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status {
     };
     if (!file.isOpen() || fstat(file.get(), &status) != 0)
@@ -65,10 +105,17 @@ std::string OutputFiles::readTail(const std::string& token) const
     return tail;
 }
 
-void OutputFiles::remove(const std::string& token) const
+void OutputFiles::keepOnly(const std::set<std::string>& tokens) const
 {
-    for (const Stream stream : {Stream::OUTPUT, Stream::ERROR})
-        ::unlink(pathOf(token, stream).c_str());
+    std::set<std::string> names;
+    for (const std::string& token : tokens)
+        names.insert(fileNameOf(token));
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        const std::string name = entry.path().filename().string();
+        if (names.count(name.substr(0, name.find('.'))) == 0)
+            ::unlink(entry.path().c_str());
+    }
 }
 
 void OutputFiles::trim() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <corvane/common/FileDescriptor.h>
+#include <set>
 #include <string>
 
 namespace Procmand
@@ -8,28 +9,38 @@ namespace Procmand
 
 /// What launched applications print, in files: a process manager that dies takes nothing away from those who write.
 ///
-/// There are two files for an application, named after its token. Thread-safe.
+/// An application has two files, TOKEN.out and TOKEN.err; what its earlier runs printed is in TOKEN.out.1 and so on,
+/// the latest first. Thread-safe, but for one token at a time.
 class OutputFiles
 {
 public:
     enum class Stream { OUTPUT, ERROR };
-    /// So much of the end of an application's standard error is kept with its history.
+    struct Run {
+        Corvane::FileDescriptor output;
+        Corvane::FileDescriptor error;
+    };
+
+    /// So much of the end of each stream is kept with an application's history.
     static constexpr std::size_t TAIL_SIZE = 4096;
+    /// The files of so many runs of an application are kept, of those that printed something.
+    static constexpr unsigned int RUN_LIMIT = 3;
 
     /// Creates the folder where it is missing.
     explicit OutputFiles(std::string folder);
 
-    /// Opens a file for writing at its end; what an earlier process of that name wrote is gone.
-    /// @throws std::system_error
-    Corvane::FileDescriptor open(const std::string& token, Stream stream) const;
-    /// @return the last TAIL_SIZE bytes of an application's standard error
-    std::string readTail(const std::string& token) const;
-    void remove(const std::string& token) const;
+    /// Opens new files for a run, for writing at their ends. @throws std::system_error
+    Run beginRun(const std::string& token) const;
+    /// @return the last TAIL_SIZE bytes of what the latest run printed
+    std::string readTail(const std::string& token, Stream stream) const;
+    /// Removes the files of all other applications.
+    void keepOnly(const std::set<std::string>& tokens) const;
     /// Gives the beginnings of files that have grown long back to the file system. Their ends stay.
     void trim() const;
 
 private:
-    std::string pathOf(const std::string& token, Stream stream) const;
+    /// @param run  0 for the latest
+    std::string pathOf(const std::string& token, Stream stream, unsigned int run = 0) const;
+    void putEarlierRunsBack(const std::string& token) const;
 
     const std::string folder;
 };

@@ -43,9 +43,9 @@ void take(const std::string& text, Recovery& recovery)
     }
     const auto known = recovery.applications.find(uid);
     if (kind == "end") {
-        recovery.ends.push_back(text);
-        if (recovery.ends.size() > REMEMBERED_ENDS)
-            recovery.ends.pop_front();
+        recovery.past.push_back({.uid = uid, .text = text});
+        if (recovery.past.size() > PAST_LIMIT)
+            recovery.past.pop_front();
     }
     if (known == recovery.applications.end())
         return;

@@ -11,6 +11,15 @@
 namespace Procmand
 {
 
+/// Something that has happened to an application: how it ended.
+struct PastRecord {
+    std::string uid;
+    std::string text; ///< as it stands in the file
+};
+
+/// How many of them are remembered.
+constexpr std::size_t PAST_LIMIT = 100;
+
 /// What the history tells of the box as it was.
 struct Recovery {
     struct Application {
@@ -20,14 +29,11 @@ struct Recovery {
 
     std::map<std::string, Application> applications; ///< by uid
     std::vector<WindowState> windows;                ///< from the back to the front
-    std::deque<std::string> ends;                    ///< the last records of ends, as they stand in the file
+    std::deque<PastRecord> past;                     ///< the last ones
 
     /// Records that cannot be read are left out.
     static Recovery read(const std::vector<std::string>& records);
 };
-
-/// How many ends are remembered.
-constexpr std::size_t REMEMBERED_ENDS = 100;
 
 /// The record of all windows in their order.
 std::string writeWindowsRecord(const std::vector<WindowState>& windows);

@@ -337,7 +337,9 @@ void Supervisor::finishEnd(ManagedApplication& application)
 
 void Supervisor::recordEnd(const ManagedApplication& application, pid_t pid)
 {
-    const bool isLaunched = application.request.has_value();
+    const auto readTail = [&](OutputFiles::Stream stream) {
+        return application.request ? box.files.readTail(application.uid, stream) : std::string();
+    };
     const StopPurpose purpose = application.stopPurpose;
     const EndRecord record{.time = tellTime(),
                            .uid = application.uid,
@@ -350,7 +352,8 @@ void Supervisor::recordEnd(const ManagedApplication& application, pid_t pid)
                            .ranAway = application.ranAway,
                            .wasStopped = purpose == StopPurpose::STOP || purpose == StopPurpose::RESTART,
                            .restarts = application.restarts,
-                           .standardError = isLaunched ? box.files.readTail(application.uid) : std::string()};
+                           .standardOutput = readTail(OutputFiles::Stream::OUTPUT),
+                           .standardError = readTail(OutputFiles::Stream::ERROR)};
     box.rememberEnd(record);
     box.notices.onEnd(record);
 }
@@ -410,9 +413,9 @@ void Supervisor::forget(ManagedApplication& application)
 {
     box.loop.cancel(application.restartTimer);
     box.history.append(writeGoneRecord(application.uid));
-    if (application.request)
-        box.files.remove(application.uid);
     box.registry.remove(application.uid);
+    // Later: while the box is taken up, not everyone is known yet.
+    box.loop.post([this] { box.dropOutput(); });
 }
 
 } // namespace Procmand

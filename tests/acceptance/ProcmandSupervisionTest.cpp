@@ -1,12 +1,14 @@
 #include "ProcmandFixture.h"
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <support/TaskState.h>
 
 using namespace Corvane::Test;
 using testing::AllOf;
+using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -123,6 +125,51 @@ TEST_F(ProcmandSupervision, KeepsTheLastFourKibibytesOfStandardError)
 
     auto end = readMembers(announcements.take({"IApplicationManager::onEnd", uid}).substr(27));
     EXPECT_EQ(end["standardError"], all.substr(all.size() - 4096));
+}
+
+TEST_F(ProcmandSupervision, KeepsTheBackTraceOfACrash)
+{
+    startProcmand();
+    const std::string uid = launchVictim();
+    killAtRest(uid, SIGSEGV);
+
+    auto end = readMembers(announcements.take({"IApplicationManager::onEnd", uid}).substr(27));
+    EXPECT_THAT(end["standardOutput"], ContainsRegex("Obtained [0-9]+ stack frames.\n.+\n"));
+    EXPECT_THAT(corvanectl({"history", uid}).output,
+                ContainsRegex("\n    > Obtained [0-9]+ stack frames.\n    > .+\n"));
+}
+
+TEST_F(ProcmandSupervision, KeepsTheOutputOfTheLastThreeRuns)
+{
+    startProcmand({"--restart-delay", "0.02", "--restart-limit", "4"});
+    const std::string uid = launchShell("echo $$; exit 1", R"("restart":"on-failure")");
+    ASSERT_NE(announcements.take({"IApplicationManager::onRestartLimit", uid}), "");
+    std::vector<std::string> pids;
+    for (const std::string& announcement : announcements.getAll())
+        if (announcement.starts_with("IApplicationManager::onEnd "))
+            pids.push_back(readMembers(announcement.substr(27))["pid"]);
+    ASSERT_EQ(pids.size(), 5U);
+
+    const std::string path = state.getPath() + "/output/" + uid + ".out";
+    const auto printed = [&](const std::string& file) {
+        std::string line;
+        std::getline(std::ifstream(file) >> std::ws, line);
+        return line;
+    };
+    EXPECT_EQ(printed(path), pids[4]);
+    EXPECT_EQ(printed(path + ".1"), pids[3]);
+    EXPECT_EQ(printed(path + ".2"), pids[2]);
+    EXPECT_EQ(printed(path + ".3"), "");
+
+    // They outlive the process manager, too, but not the memory of it.
+    killProcmand();
+    startProcmand();
+    ASSERT_NE(announcements.take({"onEnd", launchShell("exit 3")}), "");
+    EXPECT_EQ(printed(path), pids[4]);
+    killProcmand();
+    std::filesystem::remove(state.getPath() + "/history.jsonl");
+    startProcmand();
+    EXPECT_TRUE(await([&] { return std::filesystem::is_empty(state.getPath() + "/output"); }));
 }
 
 TEST_F(ProcmandSupervision, KeepsStandardErrorThatIsNoText)

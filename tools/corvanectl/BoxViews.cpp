@@ -194,14 +194,14 @@ std::string showStates(const element& end)
     return (before.empty() || before == "-" ? "" : before + " > ") + show(end, "state");
 }
 
-void printLastWords(const element& end)
+void printLastWords(const element& end, const char* stream, const std::string& mark)
 {
     std::string_view words;
-    if (end["standardError"].get(words) != simdjson::SUCCESS)
+    if (end[stream].get(words) != simdjson::SUCCESS)
         return;
     while (!words.empty()) {
         const std::size_t length = std::min(words.find('\n'), words.size());
-        printLine("    | " + makePrintable(words.substr(0, length)));
+        printLine(mark + makePrintable(words.substr(0, length)));
         words.remove_prefix(std::min(length + 1, words.size()));
     }
 }
@@ -242,7 +242,8 @@ void showHistory(const HistoryChoice& choice, const Options& options)
         }
         printLine(show(end, "time") + "  " + show(end, "uid") + "  pid " + show(end, "pid") + "  " + showEnd(end) +
                   "  " + showStates(end) + "  " + show(end, "program"));
-        printLastWords(end);
+        printLastWords(end, "standardOutput", "    > ");
+        printLastWords(end, "standardError", "    | ");
     }
 }
 

@@ -55,7 +55,7 @@ TEST_F(RecoveryTest, TellsWhoRunsWhoIsToRunAgainAndWhoIsGone)
                                               end("gone"), writeGoneRecord("gone"), end("again"), start("again")});
 
     EXPECT_THAT(uidsOf(recovery), ElementsAre("again", "ended has ended", "runs", "waits has ended"));
-    EXPECT_THAT(recovery.ends, SizeIs(3));
+    EXPECT_THAT(recovery.past, SizeIs(3));
 }
 
 TEST_F(RecoveryTest, KeepsEverythingOfAStart)
@@ -84,6 +84,22 @@ TEST_F(RecoveryTest, KeepsEverythingOfAStart)
     EXPECT_EQ(read.request->restart, RestartMode::ALWAYS);
 }
 
+TEST_F(RecoveryTest, ReadsWhatEarlierVersionsWrote)
+{
+    const std::string end = R"({"record":"end","time":"now","uid":"a","pid":7,"program":"/bin/player","exitCode":1,)"
+                            R"("signal":null,"state":"","previousState":"","ranAway":false,"wasStopped":false,)"
+                            R"("restarts":0,"standardError":"words"})";
+    const std::string start = R"({"record":"start","time":"now","boot":"boot","uid":"a","pid":7,"startTime":"9",)"
+                              R"("program":"/bin/player","restarts":3})";
+    const Recovery recovery = Recovery::read({end, start, R"({"record":"waiting","uid":"a"})"});
+
+    EXPECT_THAT(uidsOf(recovery), ElementsAre("a has ended"));
+    EXPECT_EQ(recovery.applications.at("a").start.restarts, 3U);
+    EXPECT_EQ(recovery.applications.at("a").start.restartsInRow, 0U);
+    ASSERT_THAT(recovery.past, SizeIs(1));
+    EXPECT_EQ(recovery.past.front().text, end);
+}
+
 TEST_F(RecoveryTest, RemembersTheLastHundredEnds)
 {
     std::vector<std::string> records;
@@ -91,9 +107,9 @@ TEST_F(RecoveryTest, RemembersTheLastHundredEnds)
         records.push_back(end(std::to_string(i)));
     const Recovery recovery = Recovery::read(records);
 
-    EXPECT_THAT(recovery.ends, SizeIs(100));
-    EXPECT_EQ(recovery.ends.front(), records[3]);
-    EXPECT_EQ(recovery.ends.back(), records[102]);
+    EXPECT_THAT(recovery.past, SizeIs(100));
+    EXPECT_EQ(recovery.past.front().text, records[3]);
+    EXPECT_EQ(recovery.past.back().text, records[102]);
 }
 
 TEST_F(RecoveryTest, TakesTheLastStateOfTheWindows)
@@ -113,7 +129,7 @@ TEST_F(RecoveryTest, LeavesOutWhatItCannotRead)
         Recovery::read({"nonsense", R"({"record":"end"})", R"({"record":"later","uid":"a"})", "{}", start("runs")});
 
     EXPECT_THAT(uidsOf(recovery), ElementsAre("runs"));
-    EXPECT_TRUE(recovery.ends.empty());
+    EXPECT_TRUE(recovery.past.empty());
 }
 
 TEST_F(RecoveryTest, IsOnlyEverAppendedToUntilItIsWrittenAnew)
@@ -130,6 +146,17 @@ TEST_F(RecoveryTest, IsOnlyEverAppendedToUntilItIsWrittenAnew)
     history.rewrite({start("b")});
     history.append(end("b"));
     EXPECT_THAT(history.read(), ElementsAre(start("b"), end("b")));
+}
+
+TEST_F(RecoveryTest, IsNotWrittenAnewForItsOwnLength)
+{
+    const std::string record = R"({"text":")" + std::string(1024 * 1024, 'x') + "\"}";
+    History history(path);
+    history.rewrite({record, record, record, record, record});
+    EXPECT_FALSE(history.isLong()) << "so much matters today";
+    for (int i = 0; i < 4; ++i)
+        history.append(record);
+    EXPECT_TRUE(history.isLong());
 }
 
 TEST_F(RecoveryTest, ClosesOffWhatAnInterruptedWriteLeft)
@@ -157,7 +184,7 @@ TEST_F(RecoveryTest, IsWrittenAnewWithWhatMattersOnceItIsLong)
     EXPECT_LT(std::filesystem::file_size(path), 4U * 1024 * 1024) << "1200 ends take more";
     const Recovery recovery = Recovery::read(box.history.read());
     EXPECT_THAT(uidsOf(recovery), ElementsAre("waits has ended"));
-    EXPECT_THAT(recovery.ends, SizeIs(REMEMBERED_ENDS));
+    EXPECT_THAT(recovery.past, SizeIs(PAST_LIMIT));
 }
 
 } // namespace Procmand
