@@ -14,8 +14,6 @@ namespace Procmand
 namespace
 {
 
-/// How often the files of what applications print are looked at.
-constexpr std::chrono::minutes TRIM_INTERVAL{1};
 /// How often it is looked whether everything that is to end has ended.
 constexpr std::chrono::milliseconds END_INTERVAL{50};
 
@@ -57,7 +55,6 @@ void Manager::run()
         supervisor.start(folderOf(server.getFixedRPCAddress()));
         takeUpTheBox();
         box.loop.watch(signals.get(), [this] { onSignal(); });
-        box.loop.schedule(TRIM_INTERVAL, [this] { trimOutput(); });
     }
     box.workers.run([this] { findServers(); });
     box.loop.run();
@@ -96,12 +93,6 @@ void Manager::findServers()
         if (pid > 0)
             box.loop.post([this, uid = name.substr(3), pid] { supervisor.adopt(uid, pid); });
     }
-}
-
-void Manager::trimOutput()
-{
-    box.workers.run([this] { box.files.trim(); });
-    box.loop.schedule(TRIM_INTERVAL, [this] { trimOutput(); });
 }
 
 void Manager::onSignal()

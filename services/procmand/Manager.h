@@ -3,6 +3,7 @@
 #include "Box.h"
 #include "FocusControl.h"
 #include "ManagerServer.h"
+#include "OutputWatch.h"
 #include "Supervisor.h"
 #include "WindowService.h"
 
@@ -30,11 +31,11 @@ private:
     void end();
     void takeUpTheBox();
     void findServers();
-    void trimOutput();
     void onSignal();
     void checkEnd();
 
     Box box;
+    OutputWatch outputWatch{box.files};
     FocusControl focus;
     WindowService windows;
     Supervisor supervisor;

@@ -15,23 +15,6 @@ namespace Procmand
 namespace
 {
 
-/// A file may take so much room before its beginning is given back.
-constexpr off_t ROOM_LIMIT = 256 * 1024;
-
-/// Makes a hole of everything but the end. The file keeps its length, so that writers are not disturbed.
-void makeHole(const std::string& path)
-{
-    const Corvane::FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-    struct stat status {
-    };
-    if (!file.isOpen() || fstat(file.get(), &status) != 0 || status.st_blocks * 512 < ROOM_LIMIT)
-        return;
-    const off_t end = status.st_size - ROOM_LIMIT / 2;
-    // A file system without holes has its file emptied instead; writers append, so they go on at the beginning.
-    if (end > 0 && fallocate(file.get(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, end) != 0)
-        (void)!ftruncate(file.get(), 0);
-}
-
 /// @return the token as the beginning of a file name: nothing in it leads elsewhere, and it has no dot
 std::string fileNameOf(const std::string& token)
 {
@@ -118,11 +101,29 @@ void OutputFiles::keepOnly(const std::set<std::string>& tokens) const
     }
 }
 
-void OutputFiles::trim() const
+std::size_t OutputFiles::trim(const std::string& name) const
+{
+    const Corvane::FileDescriptor file(::open((folder + "/" + name).c_str(), O_WRONLY | O_CLOEXEC));
+    struct stat status {
+    };
+    if (!file.isOpen() || fstat(file.get(), &status) != 0)
+        return 0;
+    const auto room = static_cast<std::size_t>(status.st_blocks) * 512;
+    if (room <= ROOM_LIMIT)
+        return room;
+    // A hole, so that the file keeps its length and writers are not disturbed. A file system without holes has its file
+    // emptied instead; writers append, so they go on at the beginning.
+    const off_t end = status.st_size - static_cast<off_t>(ROOM_LIMIT / 2);
+    if (end > 0 && fallocate(file.get(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0, end) != 0)
+        (void)!ftruncate(file.get(), 0);
+    return room;
+}
+
+void OutputFiles::trimAll() const
 {
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator(folder, error))
-        makeHole(entry.path().string());
+        trim(entry.path().filename().string());
 }
 
 } // namespace Procmand

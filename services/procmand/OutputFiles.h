@@ -22,6 +22,8 @@ public:
 
     /// So much of the end of each stream is kept with an application's history.
     static constexpr std::size_t TAIL_SIZE = 4096;
+    /// So many bytes a file may take.
+    static constexpr std::size_t ROOM_LIMIT = 256 * 1024;
     /// The files of so many runs of an application are kept, of those that printed something.
     static constexpr unsigned int RUN_LIMIT = 3;
 
@@ -34,8 +36,12 @@ public:
     std::string readTail(const std::string& token, Stream stream) const;
     /// Removes the files of all other applications.
     void keepOnly(const std::set<std::string>& tokens) const;
-    /// Gives the beginnings of files that have grown long back to the file system. Their ends stay.
-    void trim() const;
+    /// Gives the beginning of a file that takes more than ROOM_LIMIT back to the file system. Its end stays.
+    /// @param name  of a file in the folder
+    /// @return how much room the file took before
+    std::size_t trim(const std::string& name) const;
+    void trimAll() const;
+    const std::string& getFolder() const { return folder; }
 
 private:
     /// @param run  0 for the latest

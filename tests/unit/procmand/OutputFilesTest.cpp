@@ -51,7 +51,7 @@ TEST_F(OutputFilesTest, GiveRoomBackAndKeepTheEnd)
 {
     print(std::string(1024 * 1024, 'x'));
     print(std::string(4096, 'y'));
-    files.trim();
+    files.trim("token.err");
 
     struct stat status {
     };
@@ -68,7 +68,7 @@ TEST_F(OutputFilesTest, MayPassTwoGibibytes)
     std::filesystem::resize_file(folder.getPath() + "/output/token.err", LENGTH - 1);
     print(std::string(1024 * 1024, 'x'));
     print(std::string(4096, 'y'));
-    files.trim();
+    files.trim("token.err");
 
     EXPECT_EQ(readTail(), std::string(4096, 'y'));
     struct stat status {
