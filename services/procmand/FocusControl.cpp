@@ -100,15 +100,14 @@ void FocusControl::takeFrom(const std::string& uid) const
 
 void FocusControl::finish(const Move& move, const Outcome& outcome)
 {
-    const ManagedApplication* const application = box.registry.find(move.uid);
-    const bool lives = application != nullptr && application->isAlive();
     if (!outcome.problem.empty()) {
         // Nothing has moved, unless the old window could not be told that it keeps the focus.
         if (outcome.isLost && !focused.empty())
             setFocused("");
         box.notices.onFocusFailure(move.uid, outcome.problem);
     } else if (outcome.isMade && (move.focus || move.uid == focused)) {
-        setFocused(move.focus && lives ? move.uid : "");
+        // One that ended meanwhile has nothing.
+        setFocused(move.focus && box.registry.find(move.uid) != nullptr ? move.uid : "");
     } else if (!move.focus) {
         box.notices.onFocusMove(move.uid, focused); // it had none, and was told so
     }

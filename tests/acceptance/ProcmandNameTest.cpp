@@ -97,6 +97,7 @@ TEST_F(ProcmandNames, StayOverARestartAndTheReturnOfTheProcessManager)
     const std::string uid = launchVictim("", R"("name":"tv","restart":"always")");
     kill(pidOf(uid), SIGKILL);
     ASSERT_TRUE(awaitMember(uid, "restarts", "1"));
+    ASSERT_TRUE(awaitMember(uid, "state", "RUNNING"));
     EXPECT_EQ(find(uid)["name"], "tv");
 
     killProcmand();
@@ -147,6 +148,11 @@ TEST_F(ProcmandNames, GoBehindAUidAndBeforeABeginning)
     EXPECT_EQ(corvanectl({"opacity", named}).output, "5\n");
     EXPECT_EQ(corvanectl({"opacity", "t"}).output, "3\n");
     EXPECT_EQ(corvanectl({"opacity", "tv-"}).output, "3\n");
+
+    launch("/bin/sleep", {"1000"}, R"("uid":"x")"); // without a server
+    launch("/bin/sleep", {"1000"}, R"("uid":"xy")");
+    EXPECT_EQ(corvanectl({"stop", "x"}).status, 0);
+    EXPECT_FALSE(find("xy").empty());
 }
 
 TEST_F(ProcmandNames, CanBeGivenByTheirBeginningUnlessSeveralBeginLikeThat)
