@@ -114,7 +114,7 @@ void addLaunchOptions(CLI::App& command, Launch& launch)
     command.add_option("ARGUMENT", launch.arguments, "The program's arguments")->option_text("...");
     command
         .add_option("--name", launch.name,
-                    "What to call it in place of its uid: 1 to 32 of a-z, 0-9 and -, as long as it lives nobody else's")
+                    "What to call it in place of its uid, 1 to 32 of a-z, 0-9 and -; no other that lives may have it")
         ->option_text("NAME");
     command
         .add_option("--uid", launch.uid,
