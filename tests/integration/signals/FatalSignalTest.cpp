@@ -183,6 +183,7 @@ TEST(FatalSignal, IsThePreviousActionsAgainWhenTheProcessExitsWithApplications)
 }
 #endif
 
+#ifndef __SANITIZE_THREAD__ // which minds that the process ends with a mutex that it holds
 TEST(FatalSignal, LetsAListenerExitInsteadOfDying)
 {
     Victim victim({"create", "let-listener-exit", "raise-term"});
@@ -190,6 +191,7 @@ TEST(FatalSignal, LetsAListenerExitInsteadOfDying)
     EXPECT_EQ(victim.wait().status, 43);
     EXPECT_EQ(victim.getOutput(), ANNOUNCEMENT);
 }
+#endif
 
 TEST(FatalSignal, OfAnotherKindOnlyLeavesALineWhenTheHandlerGetsIt)
 {
