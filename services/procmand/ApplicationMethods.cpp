@@ -26,6 +26,8 @@ const char* nameOf(const ManagedApplication& application)
         return "starting";
     case ManagedApplication::Phase::WAITING:
         return "waiting";
+    case ManagedApplication::Phase::GIVEN_UP:
+        return "given-up";
     default:
         return application.stopPurpose == StopPurpose::NONE ? "running" : "stopping";
     }
@@ -62,6 +64,7 @@ void write(const ManagedApplication& application, Box& box, bool isFocused, Seri
     else
         serializer.writeUnsigned("zOrder", box.windows.find(indices.back())->zOrder);
     serializer.writeUnsigned("restarts", application.restarts);
+    serializer.writeUnsigned("restartsInRow", application.restartsInRow);
     serializer.writeString("restart",
                            application.request ? nameOf(application.request->restart) : std::string("never"));
     writeProcess(application, serializer);

@@ -11,6 +11,18 @@ namespace
 /// A hundred applications may be slow to answer at once; a thread that waits costs little.
 constexpr unsigned int WORKER_LIMIT = 128;
 
+const char* phaseOf(const ManagedApplication& application)
+{
+    switch (application.phase) {
+    case ManagedApplication::Phase::WAITING:
+        return StartRecord::WAITING;
+    case ManagedApplication::Phase::GIVEN_UP:
+        return StartRecord::GIVEN_UP;
+    default:
+        return StartRecord::RUNNING;
+    }
+}
+
 } // namespace
 
 Box::Box(Settings settings, Notices::Sink sink)
@@ -25,9 +37,9 @@ Box::Box(Settings settings, Notices::Sink sink)
 {
 }
 
-void Box::rememberEnd(const EndRecord& record)
+void Box::remember(PastRecord record)
 {
-    past.push_back({.uid = record.uid, .text = record.write()});
+    past.push_back(std::move(record));
     if (past.size() > PAST_LIMIT)
         past.pop_front();
     history.append(past.back().text);
@@ -69,8 +81,7 @@ StartRecord makeStartRecord(const ManagedApplication& application)
             .startTime = application.process ? application.process->getStartTime() : std::string(),
             .program = application.program,
             .type = application.type,
-            .phase =
-                application.phase == ManagedApplication::Phase::WAITING ? StartRecord::WAITING : StartRecord::RUNNING,
+            .phase = phaseOf(application),
             .restarts = application.restarts,
             .restartsInRow = application.restartsInRow,
             .request = application.request};

@@ -25,8 +25,8 @@ struct Box {
     /// @throws std::runtime_error  the state folder cannot be used: above all, another process manager has it
     Box(Settings settings, Notices::Sink sink);
 
-    /// Remembers an end and writes it into the history.
-    void rememberEnd(const EndRecord& record);
+    /// Remembers what has happened and writes it into the history.
+    void remember(PastRecord record);
     /// Removes what applications printed that neither are known nor have a place in the past.
     void dropOutput() const;
     /// Writes the history anew, with nothing in it but what matters today.

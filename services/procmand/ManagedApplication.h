@@ -26,7 +26,8 @@ struct ManagedApplication {
     enum class Phase {
         STARTING, ///< its program is being started
         RUNNING,  ///< there is a process
-        WAITING   ///< for its restart
+        WAITING,  ///< for its restart
+        GIVEN_UP  ///< until somebody restarts or stops it
     };
     using Clock = std::chrono::steady_clock;
 
@@ -73,6 +74,10 @@ struct ManagedApplication {
     void writeIdentity(Corvane::Serializer& serializer) const;
     /// The same as one short line: "kitchen, player, box-window", as far as it is known.
     std::string describe() const;
+    /// @return whether nothing goes on with it now
+    bool isAtRest() const { return phase == Phase::WAITING || phase == Phase::GIVEN_UP; }
+    /// @return whether it has ended in another way than it should
+    bool isFailure() const;
 };
 
 /// The applications by uid. Guarded by the lock of the box.

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <csignal>
+#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <poll.h>
@@ -39,6 +40,16 @@ std::vector<std::string> readFields(pid_t pid)
 enum Field : std::size_t { STATE = 0, USER_TICKS = 11, SYSTEM_TICKS = 12, START_TIME = 19, RESIDENT_PAGES = 21 };
 
 } // namespace
+
+std::string ProcessEnd::describe() const
+{
+    if (exitCode)
+        return "exit code " + std::to_string(*exitCode);
+    if (!signal)
+        return "nobody saw how";
+    const char* const name = sigabbrev_np(*signal);
+    return name == nullptr ? "signal " + std::to_string(*signal) : std::string("SIG") + name;
+}
 
 Process::Process(pid_t pid, bool isGroupLeader, int handle, std::string startTime)
     : pid(pid), isGroupLeader(isGroupLeader), handle(handle), startTime(std::move(startTime))

@@ -18,6 +18,8 @@ struct ProcessEnd {
 
     /// An end that nobody saw counts as a failure.
     bool isFailure() const { return exitCode != 0; }
+    /// @return "exit code 3", "SIGSEGV", or that nobody saw it
+    std::string describe() const;
 };
 
 /// One process of this machine, and never another one that has got its id since. Not synchronised.

@@ -1,5 +1,7 @@
 #include "Recovery.h"
 
+#include "EndRecord.h"
+
 #include <corvane/foundation/SerialError.h>
 
 namespace Procmand
@@ -42,7 +44,7 @@ void take(const std::string& text, Recovery& recovery)
         return;
     }
     const auto known = recovery.applications.find(uid);
-    if (kind == "end") {
+    if (kind == "end" || kind == "given-up") {
         recovery.past.push_back({.uid = uid, .text = text});
         if (recovery.past.size() > PAST_LIMIT)
             recovery.past.pop_front();
@@ -93,6 +95,19 @@ std::string writeGoneRecord(const std::string& uid)
     serializer.beginObject("");
     serializer.writeString("record", "gone");
     serializer.writeString("uid", uid);
+    serializer.endObject("");
+    return serializer.generate();
+}
+
+std::string writeGivenUpRecord(const std::string& uid, const std::string& program, unsigned int restartsInRow)
+{
+    Corvane::Serializer serializer;
+    serializer.beginObject("");
+    serializer.writeString("record", "given-up");
+    serializer.writeString("time", tellTime());
+    serializer.writeString("uid", uid);
+    serializer.writeString("program", program);
+    serializer.writeUnsigned("restartsInRow", restartsInRow);
     serializer.endObject("");
     return serializer.generate();
 }

@@ -11,7 +11,7 @@
 namespace Procmand
 {
 
-/// Something that has happened to an application: how it ended.
+/// Something that has happened to an application: how it ended, or that it was given up.
 struct PastRecord {
     std::string uid;
     std::string text; ///< as it stands in the file
@@ -39,5 +39,7 @@ struct Recovery {
 std::string writeWindowsRecord(const std::vector<WindowState>& windows);
 /// The record of an application for which nothing more is done.
 std::string writeGoneRecord(const std::string& uid);
+/// The record of an application that is not started again by itself any more.
+std::string writeGivenUpRecord(const std::string& uid, const std::string& program, unsigned int restartsInRow);
 
 } // namespace Procmand

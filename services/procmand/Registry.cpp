@@ -21,6 +21,16 @@ std::string ManagedApplication::describe() const
     return line;
 }
 
+bool ManagedApplication::isFailure() const
+{
+    if (ranAway)
+        return true;
+    // Of an end that nobody saw, the last state is all that is known.
+    if (!end->exitCode && !end->signal)
+        return state != Corvane::ILifecycleManagement::STATE_TERMINATED;
+    return end->isFailure();
+}
+
 ManagedApplication& Registry::add(const std::string& uid)
 {
     ManagedApplication& application = applications[uid];

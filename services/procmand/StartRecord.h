@@ -14,6 +14,7 @@ namespace Procmand
 struct StartRecord {
     static constexpr char RUNNING[] = "running";
     static constexpr char WAITING[] = "waiting";
+    static constexpr char GIVEN_UP[] = "given-up";
 
     std::string time;
     std::string boot; ///< of the machine: process ids begin anew with it

@@ -26,16 +26,6 @@ constexpr std::chrono::seconds LAST_WORDS_DEADLINE{1};
 /// A deadline that is noticed so late passed while this process itself was held up.
 constexpr std::chrono::seconds HELD_UP{1};
 
-bool isFailure(const ManagedApplication& application)
-{
-    if (application.ranAway)
-        return true;
-    // Of an end that nobody saw, the last state is all that is known.
-    if (!application.end->exitCode && !application.end->signal)
-        return application.state != ILifecycleManagement::STATE_TERMINATED;
-    return application.end->isFailure();
-}
-
 /// @return the application type that a command line gives, empty for none
 std::string findType(std::vector<std::string> command)
 {
@@ -168,6 +158,10 @@ void Supervisor::recover(const Recovery::Application& recovered)
     application.restartsInRow = start.restartsInRow;
     if (lives)
         return watch(application, std::move(*process));
+    if (start.phase == StartRecord::GIVEN_UP) {
+        application.phase = Phase::GIVEN_UP;
+        return;
+    }
     application.end.emplace();
     if (!recovered.hasEnded)
         recordEnd(application, start.pid);
@@ -183,7 +177,7 @@ void Supervisor::stop(const std::string& uid)
     if (application.isAlive())
         return stopper.begin(application, StopPurpose::STOP);
     application.stopPurpose = StopPurpose::STOP;
-    if (application.phase != Phase::WAITING)
+    if (!application.isAtRest())
         return; // it is being started, or its end is being noted
     box.notices.onStop(uid, "terminate");
     forget(application);
@@ -196,7 +190,7 @@ void Supervisor::restart(const std::string& uid)
         throw std::runtime_error("the application " + uid + " was started by hand");
     if (application.isAlive())
         return stopper.begin(application, StopPurpose::RESTART);
-    if (application.phase == Phase::WAITING) {
+    if (application.isAtRest()) {
         application.restartsInRow = 0;
         return restartNow(application);
     }
@@ -354,68 +348,13 @@ void Supervisor::recordEnd(const ManagedApplication& application, pid_t pid)
                            .restarts = application.restarts,
                            .standardOutput = readTail(OutputFiles::Stream::OUTPUT),
                            .standardError = readTail(OutputFiles::Stream::ERROR)};
-    box.rememberEnd(record);
+    box.remember({.uid = record.uid, .text = record.write()});
+    if (application.isFailure())
+        corvaneDebugPrint(record.wasStopped ? Corvane::DEBUG_INFO : Corvane::DEBUG_WARNING, "procmand", "Supervisor",
+                          __LINE__, "%s (%s) has ended: %s, state %s%s\n", record.uid.c_str(), record.program.c_str(),
+                          record.end.describe().c_str(), record.state.empty() ? "unknown" : record.state.c_str(),
+                          record.wasStopped ? ", stopped" : "");
     box.notices.onEnd(record);
-}
-
-void Supervisor::settle(ManagedApplication& application, StopPurpose purpose, const std::string& means)
-{
-    if (purpose == StopPurpose::RESTART && !box.isEnding) {
-        application.restartsInRow = 0;
-        return restartNow(application);
-    }
-    if (purpose == StopPurpose::STOP || purpose == StopPurpose::RESTART) {
-        box.notices.onStop(application.uid, means);
-        return forget(application);
-    }
-    restartByPolicy(application, isFailure(application), application.process->getAge());
-}
-
-void Supervisor::restartByPolicy(ManagedApplication& application, bool failed, std::chrono::milliseconds runTime)
-{
-    if (box.isEnding || !application.request || !isRestartWanted(application.request->restart, failed))
-        return forget(application);
-    if (runTime >= box.settings.stableTime)
-        application.restartsInRow = 0;
-    const auto delay = findRestartDelay(application.restartsInRow, box.settings);
-    if (!delay) {
-        box.notices.onRestartLimit(application.uid, application.restartsInRow);
-        return forget(application);
-    }
-    application.phase = Phase::WAITING;
-    box.history.append(makeStartRecord(application).write());
-    box.notices.onRestartDelay(application.uid, *delay, application.restartsInRow + 1);
-    application.restartTimer =
-        box.loop.schedule(*delay, [this, uid = application.uid, generation = application.generation] {
-            if (ManagedApplication* const waiting = box.registry.find(uid, generation)) {
-                ++waiting->restartsInRow;
-                restartNow(*waiting);
-            }
-        });
-}
-
-void Supervisor::restartNow(ManagedApplication& application)
-{
-    box.loop.cancel(application.restartTimer);
-    ManagedApplication next;
-    next.uid = application.uid;
-    next.request = std::move(application.request);
-    next.program = application.program;
-    next.type = application.type;
-    next.restarts = application.restarts + 1;
-    next.restartsInRow = application.restartsInRow;
-    application = std::move(next);
-    box.registry.renew(application);
-    startProgram(application);
-}
-
-void Supervisor::forget(ManagedApplication& application)
-{
-    box.loop.cancel(application.restartTimer);
-    box.history.append(writeGoneRecord(application.uid));
-    box.registry.remove(application.uid);
-    // Later: while the box is taken up, not everyone is known yet.
-    box.loop.post([this] { box.dropOutput(); });
 }
 
 } // namespace Procmand

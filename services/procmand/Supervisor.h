@@ -59,6 +59,8 @@ private:
     void settle(ManagedApplication& application, StopPurpose purpose, const std::string& means);
     /// @param runTime  of the process that has ended; zero when there was none
     void restartByPolicy(ManagedApplication& application, bool failed, std::chrono::milliseconds runTime);
+    void giveUp(ManagedApplication& application);
+    void forgetTheOldest();
     void restartNow(ManagedApplication& application);
     void forget(ManagedApplication& application);
 

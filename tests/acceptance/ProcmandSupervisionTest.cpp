@@ -315,7 +315,71 @@ TEST_F(ProcmandSupervision, RestartsAFailureWithGrowingDelaysUpToALimit)
     EXPECT_THAT(delays, ElementsAre("20", "40", "50", "50"));
     EXPECT_EQ(announcements.count({"IApplicationManager::onLaunch ", uid}), 5U);
     EXPECT_EQ(announcements.count({"IApplicationManager::onEnd ", uid}), 5U);
-    EXPECT_TRUE(find(uid).empty());
+}
+
+TEST_F(ProcmandSupervision, ShowsWhomItHasGivenUpUntilSomebodyLooksAfterThem)
+{
+    startProcmand({"--restart-delay", "0.02", "--restart-limit", "2"});
+    const std::string file = state.getPath() + "/go";
+    const std::string uid = launchShell("[ -e " + file + " ] && exec sleep 1000; exit 3", R"("restart":"always")");
+    const std::string other = launchShell("exit 4", R"("restart":"on-failure")");
+    for (const std::string& one : {uid, other})
+        ASSERT_TRUE(awaitMember(one, "phase", "given-up"));
+    const std::string words = "given up after 2 restarts";
+    const auto look = [&] {
+        EXPECT_THAT(corvanectl({"ps"}).output, ContainsRegex(uid + "  -  +\\(" + words + "\\)"));
+        EXPECT_THAT(corvanectl({"history", uid}).output,
+                    ContainsRegex("20[0-9-]+T[0-9:.]+Z  " + uid + "  " + words + "  /bin/sh\n"));
+    };
+    look();
+    EXPECT_THAT(procmand->getError(), HasSubstr(uid + " (/bin/sh) is " + words + "\n"));
+
+    killProcmand();
+    startProcmand();
+    look();
+    call("IApplicationManager::stop", uidParameter(other));
+    EXPECT_NE(announcements.take({"IApplicationManager::onStop", other}), "");
+    EXPECT_TRUE(find(other).empty());
+    std::ofstream(file).close();
+    EXPECT_EQ(corvanectl({"restart", uid}).status, 0);
+    EXPECT_EQ(find(uid)["phase"], "running");
+    EXPECT_EQ(find(uid)["restartsInRow"], "0");
+}
+
+TEST_F(ProcmandSupervision, ForgetsTheOldestOfManyThatItHasGivenUp)
+{
+    startProcmand({"--restart-limit", "0"});
+    std::vector<std::string> uids;
+    for (int i = 0; i < 102; ++i) {
+        uids.push_back(launchShell("exit 1", R"("restart":"on-failure")"));
+        ASSERT_NE(announcements.take({"IApplicationManager::onRestartLimit", uids.back()}), "");
+    }
+    EXPECT_TRUE(find(uids[1]).empty());
+    EXPECT_EQ(find(uids[2])["phase"], "given-up");
+    EXPECT_EQ(find(uids[101])["phase"], "given-up");
+}
+
+TEST_F(ProcmandSupervision, LogsEachEndThatIsAFailure)
+{
+    startProcmand();
+    struct Case {
+        const char* command;
+        const char* line;
+    };
+    for (const Case& oneOf : {Case{"exit 3", "exit code 3, state unknown"},
+                              Case{"kill -SEGV $$", "SIGSEGV, state unknown"}, Case{"exit 0", nullptr}}) {
+        const std::string uid = launchShell(oneOf.command);
+        ASSERT_NE(announcements.take({"IApplicationManager::onEnd", uid}), "");
+        const std::string log = procmand->getError();
+        const std::string begin = uid + " (/bin/sh) has ended: ";
+        EXPECT_EQ(log.find(begin) != log.npos, oneOf.line != nullptr) << log;
+        EXPECT_THAT(log, HasSubstr(oneOf.line == nullptr ? "" : begin + oneOf.line + "\n"));
+        EXPECT_EQ(log.find(begin), log.rfind(begin)) << "once";
+    }
+    const std::string uid = launchVictim();
+    kill(pidOf(uid), SIGKILL);
+    ASSERT_NE(announcements.take({"IApplicationManager::onEnd", uid}), "");
+    EXPECT_THAT(procmand->getError(), HasSubstr(uid + " (" PROCMAND_VICTIM ") has ended: SIGKILL, state RUNNING\n"));
 }
 
 TEST_F(ProcmandSupervision, BeginsANewRowOfRestartsAfterALongRun)
@@ -369,7 +433,10 @@ TEST_F(ProcmandSupervision, RestartsOnlyWhatItIsToRestart)
                               Case{"on-failure", "kill -9 $$", true}, Case{"always", "exit 0", true}}) {
         const std::string uid = launchShell(oneOf.command, std::string(R"("restart":")") + oneOf.mode + "\"");
         ASSERT_NE(announcements.take({"IApplicationManager::onEnd", uid}), "");
-        ASSERT_TRUE(await([&] { return find(uid).empty(); }));
+        ASSERT_TRUE(await([&] {
+            const auto application = find(uid);
+            return application.empty() || application.at("phase") == "given-up";
+        }));
         EXPECT_EQ(announcements.count({"IApplicationManager::onRestartDelay", uid}), oneOf.restarts ? 1U : 0U)
             << oneOf.mode << ": " << oneOf.command;
     }

@@ -91,11 +91,18 @@ std::string showUptime(const element& application)
     return text;
 }
 
+std::string showGivenUp(const element& application)
+{
+    return "given up after " + show(application, "restartsInRow") + " restarts";
+}
+
 /// The lifecycle state; for an application that has not told one, what the process manager is doing with it.
 std::string showState(const element& application)
 {
     const std::string state = show(application, "state");
     const std::string phase = show(application, "phase");
+    if (phase == "given-up")
+        return "(" + showGivenUp(application) + ")";
     if (phase == "starting" || phase == "waiting")
         return "(" + phase + ")";
     return state == "-" ? "(" + phase + ")" : state;
@@ -240,8 +247,13 @@ void showHistory(const HistoryChoice& choice, const Options& options)
             printLine(writeCompact(end));
             continue;
         }
-        printLine(show(end, "time") + "  " + show(end, "uid") + "  pid " + show(end, "pid") + "  " + showEnd(end) +
-                  "  " + showStates(end) + "  " + show(end, "program"));
+        const std::string who = show(end, "time") + "  " + show(end, "uid") + "  ";
+        if (show(end, "record") == "given-up") {
+            printLine(who + showGivenUp(end) + "  " + show(end, "program"));
+            continue;
+        }
+        printLine(who + "pid " + show(end, "pid") + "  " + showEnd(end) + "  " + showStates(end) + "  " +
+                  show(end, "program"));
         printLastWords(end, "standardOutput", "    > ");
         printLastWords(end, "standardError", "    | ");
     }

@@ -179,7 +179,7 @@ TEST_F(RecoveryTest, IsWrittenAnewWithWhatMattersOnceItIsLong)
     record.uid = "crashes";
     record.standardError = std::string(4096, 'x');
     for (int i = 0; i < 1200; ++i)
-        box.rememberEnd(record);
+        box.remember({.uid = record.uid, .text = record.write()});
 
     EXPECT_LT(std::filesystem::file_size(path), 4U * 1024 * 1024) << "1200 ends take more";
     const Recovery recovery = Recovery::read(box.history.read());
