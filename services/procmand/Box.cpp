@@ -84,6 +84,7 @@ StartRecord makeStartRecord(const ManagedApplication& application)
             .phase = phaseOf(application),
             .restarts = application.restarts,
             .restartsInRow = application.restartsInRow,
+            .placement = application.placement,
             .request = application.request};
 }
 

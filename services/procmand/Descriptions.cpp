@@ -38,6 +38,7 @@ constexpr RPCParameterDescription LAUNCH[] = {{"program", STRING},
                                               {"applicationType", STRING},
                                               {"applicationParameters", STRING},
                                               {"restart", MODE},
+                                              {"fresh", BOOLEAN},
                                               {"compositingParameters", SETTINGS},
                                               {"name", STRING},
                                               {"uid", STRING}};

@@ -29,6 +29,8 @@ FocusControl::FocusControl(Box& box) : box(box) {}
 
 void FocusControl::request(const std::string& uid, bool focus)
 {
+    if (focus)
+        absent.clear();
     moves.push_back({.uid = uid, .focus = focus, .isOwn = false});
     if (moves.size() == 1)
         startNext();
@@ -47,8 +49,23 @@ void FocusControl::onAnnounced(const std::string& uid, bool focus)
 
 void FocusControl::onGone(const std::string& uid)
 {
-    if (uid == focused)
-        setFocused("");
+    if (uid != focused)
+        return;
+    setFocused("");
+    absent = uid;
+}
+
+void FocusControl::onReturned(const std::string& uid)
+{
+    // A move that is under way is somebody's decision as well.
+    if (uid == absent && moves.empty())
+        request(uid, true);
+}
+
+void FocusControl::onForgotten(const std::string& uid)
+{
+    if (uid == absent)
+        absent.clear();
 }
 
 void FocusControl::startNext()
@@ -107,7 +124,8 @@ void FocusControl::finish(const Move& move, const Outcome& outcome)
         box.notices.onFocusFailure(move.uid, outcome.problem);
     } else if (outcome.isMade && (move.focus || move.uid == focused)) {
         // One that ended meanwhile has nothing.
-        setFocused(move.focus && box.registry.find(move.uid) != nullptr ? move.uid : "");
+        const ManagedApplication* const application = box.registry.find(move.uid);
+        setFocused(move.focus && application != nullptr && application->isAlive() ? move.uid : "");
     } else if (!move.focus) {
         box.notices.onFocusMove(move.uid, focused); // it had none, and was told so
     }
@@ -119,6 +137,7 @@ void FocusControl::finish(const Move& move, const Outcome& outcome)
 void FocusControl::setFocused(const std::string& uid)
 {
     const std::string old = std::exchange(focused, uid);
+    absent.clear();
     box.compositor->setFocused(uid);
     box.notices.onFocusMove(old, uid);
 }

@@ -22,6 +22,10 @@ public:
     /// A window has announced its focus.
     void onAnnounced(const std::string& uid, bool focus);
     void onGone(const std::string& uid);
+    /// The application runs again; it has the focus back that it had when it ended, if nobody has got it since.
+    void onReturned(const std::string& uid);
+    /// The application will not return.
+    void onForgotten(const std::string& uid);
     /// @return the uid of the window that has the focus, empty when none has
     const std::string& getFocused() const { return focused; }
 
@@ -48,6 +52,7 @@ private:
 
     Box& box;
     std::string focused;
+    std::string absent;     ///< who ended with the focus, until somebody gets it
     std::deque<Move> moves; ///< the first one is under way
 };
 

@@ -118,6 +118,7 @@ LaunchRequest LaunchRequest::read(const std::string& text)
     readOptional("applicationType", request.applicationType, deserializer);
     readOptional("applicationParameters", request.applicationParameters, deserializer);
     readOptional("compositingParameters", request.compositingParameters, deserializer);
+    readOptional("fresh", request.fresh, deserializer);
     std::string mode = nameOf(request.restart);
     readOptional("restart", mode, deserializer);
     const auto known = findRestartMode(mode);
@@ -146,6 +147,7 @@ std::string LaunchRequest::write() const
     serializer.writeString("workingDirectory", workingDirectory);
     writeLaunchParameters(*this, serializer);
     serializer.writeString("restart", nameOf(restart));
+    serializer.writeBoolean("fresh", fresh);
     serializer.endObject("");
     return serializer.generate();
 }

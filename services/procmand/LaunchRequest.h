@@ -24,6 +24,7 @@ struct LaunchRequest {
     std::string applicationParameters;
     Corvane::ISurfaceManagement::CreationSettings compositingParameters;
     RestartMode restart = RestartMode::NEVER;
+    bool fresh = false; ///< what is started again gets neither place nor focus back
 
     /// @param text  a JSON object; everything but the program is optional
     /// @throws SerialError  something is missing or of the wrong kind

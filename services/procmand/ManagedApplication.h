@@ -2,6 +2,7 @@
 
 #include "EventLoop.h"
 #include "LaunchRequest.h"
+#include "Placement.h"
 #include "Process.h"
 
 #include <chrono>
@@ -36,11 +37,13 @@ struct ManagedApplication {
     std::string program;
     std::string type; ///< its application type, empty where it has none or it is not known
     Phase phase = Phase::STARTING;
-    std::optional<Process> process;    ///< while RUNNING
-    std::optional<ProcessEnd> end;     ///< the process has ended, its last words may still come
-    unsigned int restarts = 0;         ///< all of them
-    unsigned int restartsInRow = 0;    ///< those without a long run in between
-    EventLoop::Timer restartTimer = 0; ///< while WAITING
+    std::optional<Process> process;     ///< while RUNNING
+    std::optional<ProcessEnd> end;      ///< the process has ended, its last words may still come
+    unsigned int restarts = 0;          ///< all of them
+    unsigned int restartsInRow = 0;     ///< those without a long run in between
+    EventLoop::Timer restartTimer = 0;  ///< while WAITING
+    std::optional<Placement> placement; ///< of the window that it had last
+    bool takesPlaceBack = false;        ///< with the window that it is granted next
     EventLoop::Timer lastWordsTimer = 0;
 
     /// What the control server told.

@@ -69,6 +69,10 @@ Recovery Recovery::read(const std::vector<std::string>& records)
             // What a write that was interrupted left behind, or a later version's record.
         }
     }
+    // Those that had windows to the last: should they have ended since, this is where they were.
+    for (auto& [uid, application] : recovery.applications)
+        if (auto placement = Placement::find(recovery.windows, uid))
+            application.start.placement = std::move(placement);
     return recovery;
 }
 

@@ -20,6 +20,8 @@ std::string StartRecord::write() const
     serializer.writeString("phase", phase);
     serializer.writeUnsigned("restarts", restarts);
     serializer.writeUnsigned("restartsInRow", restartsInRow);
+    if (placement)
+        placement->serialize("placement", serializer);
     // As a text of its own: the request is read by its own rules.
     if (request)
         serializer.writeString("request", request->write());
@@ -46,6 +48,8 @@ StartRecord StartRecord::read(const std::string& text)
         record.phase = deserialize<std::string>("phase", deserializer);
     if (deserializer.hasMember("restartsInRow"))
         record.restartsInRow = deserialize<unsigned int>("restartsInRow", deserializer);
+    if (deserializer.hasMember("placement"))
+        record.placement = deserialize<Placement>("placement", deserializer);
     if (deserializer.hasMember("request"))
         record.request = LaunchRequest::read(deserialize<std::string>("request", deserializer));
     return record;

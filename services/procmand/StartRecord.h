@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LaunchRequest.h"
+#include "Placement.h"
 
 #include <optional>
 #include <string>
@@ -26,6 +27,7 @@ struct StartRecord {
     std::string phase = RUNNING;
     unsigned int restarts = 0;
     unsigned int restartsInRow = 0;
+    std::optional<Placement> placement;   ///< for its next process
     std::optional<LaunchRequest> request; ///< none for an application that was started by hand
 
     std::string write() const;

@@ -66,7 +66,10 @@ std::string Supervisor::launch(LaunchRequest request)
 void Supervisor::startProgram(ManagedApplication& application)
 {
     application.phase = Phase::STARTING;
-    box.workers.run([this, uid = application.uid, generation = application.generation, request = *application.request] {
+    LaunchRequest request = *application.request;
+    if (application.takesPlaceBack)
+        request.compositingParameters = application.placement->apply(request.compositingParameters);
+    box.workers.run([this, uid = application.uid, generation = application.generation, request = std::move(request)] {
         std::shared_ptr<Process> process;
         std::string problem;
         try {
@@ -156,6 +159,7 @@ void Supervisor::recover(const Recovery::Application& recovered)
     application.type = start.type;
     application.restarts = start.restarts;
     application.restartsInRow = start.restartsInRow;
+    application.placement = start.placement;
     if (lives)
         return watch(application, std::move(*process));
     if (start.phase == StartRecord::GIVEN_UP) {
@@ -257,6 +261,8 @@ void Supervisor::onNotification(ManagedApplication& application, const std::stri
             box.notices.pass(name, payload);
         if (name == "IWindow::onFocusChange")
             focus.onAnnounced(application.uid, Corvane::deserialize<bool>("newIsFocused", deserializer));
+        if (name == "IApplication::onStateChange")
+            giveFocusBack(application);
     } catch (const Corvane::SerialError&) {
         // What an application says wrongly is its own affair.
     }
@@ -266,6 +272,14 @@ void Supervisor::onState(ManagedApplication& application, const std::string& sta
 {
     states.onTold(application, state);
     focus.onAnnounced(application.uid, isFocused);
+    giveFocusBack(application);
+}
+
+void Supervisor::giveFocusBack(const ManagedApplication& application)
+{
+    // Not sooner: a window that initialises begins without the focus.
+    if (application.state == ILifecycleManagement::STATE_RUNNING && application.request && !application.request->fresh)
+        focus.onReturned(application.uid);
 }
 
 void Supervisor::awaitKeepAlive(ManagedApplication& application)

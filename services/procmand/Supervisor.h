@@ -47,6 +47,7 @@ private:
     void onNotification(ManagedApplication& application, const std::string& name, const std::string& payload) override;
     void onState(ManagedApplication& application, const std::string& state, bool isFocused) override;
 
+    void giveFocusBack(const ManagedApplication& application);
     void startProgram(ManagedApplication& application);
     void onStarted(ManagedApplication& application, Process process);
     void onStartFailure(ManagedApplication& application, const std::string& reason);

@@ -88,6 +88,8 @@ void Supervisor::restartNow(ManagedApplication& application)
     next.type = application.type;
     next.restarts = application.restarts + 1;
     next.restartsInRow = application.restartsInRow;
+    next.placement = std::move(application.placement);
+    next.takesPlaceBack = next.placement && !next.request->fresh;
     application = std::move(next);
     box.registry.renew(application);
     startProgram(application);
@@ -97,6 +99,7 @@ void Supervisor::forget(ManagedApplication& application)
 {
     box.loop.cancel(application.restartTimer);
     box.history.append(writeGoneRecord(application.uid));
+    focus.onForgotten(application.uid);
     box.registry.remove(application.uid);
     // Later: while the box is taken up, not everyone is known yet.
     box.loop.post([this] { box.dropOutput(); });

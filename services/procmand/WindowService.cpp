@@ -1,6 +1,8 @@
 #include "WindowService.h"
 
+#include <algorithm>
 #include <corvane/foundation/DebugPrint.h>
+#include <functional>
 
 namespace Procmand
 {
@@ -25,11 +27,29 @@ WindowService::Token WindowService::grant(const std::string& uid, const Settings
                                    "%s gets no window: all %u are in use\n", uid.c_str(), box.settings.windowLimit);
         return {Token::STATE_EXHAUSTED, 0};
     }
-    const WindowState& window = box.windows.add(uid, settings);
+    const WindowState window = box.windows.add(uid, settings);
+    takePlaceBack(window);
     show();
     box.notices.onWindowGrant(window);
     keepNow();
     return {Token::STATE_GRANTED, window.index};
+}
+
+void WindowService::takePlaceBack(const WindowState& window)
+{
+    ManagedApplication* const owner = box.registry.find(window.uid);
+    // The settings that it was started with say the rest.
+    if (owner != nullptr && std::exchange(owner->takesPlaceBack, false))
+        box.windows.putBehind(window.index, owner->placement->front);
+}
+
+void WindowService::rememberPlacement(const WindowState& window)
+{
+    // Now, not when the application ends: one that ends in order gives its window back first.
+    auto placement = Placement::find(box.windows.getWindows(), window.uid);
+    ManagedApplication* const owner = box.registry.find(window.uid);
+    if (owner != nullptr && placement->window.index == window.index)
+        owner->placement = std::move(placement);
 }
 
 WindowService::Token WindowService::refuse(const std::string& uid, const std::string& reason)
@@ -42,6 +62,7 @@ WindowService::Token WindowService::refuse(const std::string& uid, const std::st
 void WindowService::release(unsigned int index)
 {
     const WindowState window = require(index);
+    rememberPlacement(window);
     box.windows.remove(index);
     show();
     box.notices.onWindowRelease(window);
@@ -50,7 +71,10 @@ void WindowService::release(unsigned int index)
 
 void WindowService::releaseAll(const std::string& uid)
 {
-    for (const unsigned int index : box.windows.findIndices(uid))
+    std::vector<unsigned int> indices = box.windows.findIndices(uid);
+    // The oldest one last: its place is the one to remember.
+    std::sort(indices.begin(), indices.end(), std::greater());
+    for (const unsigned int index : indices)
         release(index);
 }
 

@@ -43,6 +43,8 @@ public:
     void flush();
 
 private:
+    void rememberPlacement(const WindowState& window);
+    void takePlaceBack(const WindowState& window);
     void announceChanges(const std::vector<WindowState>& before) const;
     /// Hands the windows to the compositor.
     void show();

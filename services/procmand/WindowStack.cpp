@@ -137,6 +137,15 @@ void WindowStack::sendToBack(unsigned int index)
     std::rotate(windows.begin(), position, position + 1);
 }
 
+void WindowStack::putBehind(unsigned int index, const std::vector<std::string>& uids)
+{
+    const Position position = require(index);
+    const Position place = std::find_if(windows.begin(), position, [&](const WindowState& other) {
+        return other.zOrder == position->zOrder && std::find(uids.begin(), uids.end(), other.uid) != uids.end();
+    });
+    std::rotate(place, position, position + 1);
+}
+
 void WindowStack::bringForward(unsigned int index)
 {
     const Position position = require(index);

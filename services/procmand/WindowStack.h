@@ -58,6 +58,8 @@ public:
     void setZOrder(unsigned int index, unsigned int zOrder);
     void bringToFront(unsigned int index);
     void sendToBack(unsigned int index);
+    /// Puts a window behind those of these applications that have the same z-order.
+    void putBehind(unsigned int index, const std::vector<std::string>& uids);
     /// The window changes places, and z-orders, with the one in front of it.
     void bringForward(unsigned int index);
     void sendBackward(unsigned int index);

@@ -125,6 +125,27 @@ TEST_F(ProcmandReturn, RecordsWhatEndedWhileItWasGoneAndRestartsIt)
     EXPECT_EQ(find(faithful)["restarts"], "1");
 }
 
+TEST_F(ProcmandReturn, KnowsThePlacesOfWindowsThatWentMeanwhile)
+{
+    startProcmand({"--restart-delay", "1000", "--restart-delay-limit", "1000"});
+    const std::string waits = launchVictim("", R"("restart":"on-failure")");
+    const std::string runs = launchVictim("", R"("restart":"on-failure")");
+    for (const std::string& uid : {waits, runs})
+        ASSERT_EQ(corvanectl({"location", uid, "1,2,30,40"}).status, 0);
+    kill(pidOf(waits), SIGKILL);
+    ASSERT_NE(announcements.take({"IApplicationManager::onRestartDelay", waits}), "");
+    const pid_t pid = pidOf(runs);
+    killProcmand();
+    kill(pid, SIGKILL);
+    ASSERT_TRUE(await([pid] { return !lives(pid); }));
+
+    startProcmand({"--restart-delay", "0.02"});
+    for (const std::string& uid : {waits, runs}) {
+        ASSERT_TRUE(awaitMember(uid, "state", "RUNNING"));
+        EXPECT_EQ(corvanectl({"location", uid}).output, "1,2,30,40\n");
+    }
+}
+
 TEST_F(ProcmandReturn, KnowsForHowLongTheApplicationsHaveRun)
 {
     startProcmand();

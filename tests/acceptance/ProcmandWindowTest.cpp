@@ -253,6 +253,84 @@ TEST_F(ProcmandWindows, TakesTheFocusAwayFromADeadWindow)
     EXPECT_NE(announcements.take({"IWindowCompositing::onFocusMove", R"("oldUid":")" + uid + R"(","uid":"")"}), "");
 }
 
+TEST_F(ProcmandWindows, GivesOneThatIsStartedAgainItsPlaceAndTheFocusBack)
+{
+    startProcmand({"--restart-delay", "0.02"});
+    const std::string a = launchVictim();
+    const std::string b = launchVictim("", R"("restart":"on-failure","compositingParameters":{"opacity":200})");
+    const std::string c = launchVictim();
+    corvanectl({"location", b, "1,2,30,40"});
+    corvanectl({"opacity", b, "9"});
+    corvanectl({"focus", b, "on"});
+    kill(pidOf(b), SIGKILL);
+    ASSERT_TRUE(awaitMember(b, "restarts", "1"));
+
+    ASSERT_TRUE(awaitMember(b, "state", "RUNNING"));
+    EXPECT_TRUE(awaitMember(b, "focus", "true"));
+    EXPECT_NE(announcements.take({"IWindow::onFocusChange", b, R"("newIsFocused":true)"}), "") << "it knows, too";
+    EXPECT_THAT(order(), ElementsAre(c, b, a)) << "as before, although all have one z-order";
+    EXPECT_EQ(corvanectl({"location", b}).output, "1,2,30,40\n");
+    EXPECT_EQ(corvanectl({"opacity", b}).output, "9\n");
+
+    // This one ends in order, and gives its window back before it does.
+    corvanectl({"z-order", b, "7"});
+    corvanectl({"opacity", b, "8"});
+    call("IApplicationManager::restart", write({{"uid", b}}));
+    ASSERT_TRUE(awaitMember(b, "restarts", "2"));
+    ASSERT_TRUE(awaitMember(b, "state", "RUNNING"));
+    EXPECT_TRUE(awaitMember(b, "focus", "true"));
+    EXPECT_EQ(find(b)["zOrder"], "7");
+    corvanectl({"call", b, "IWindow::setOpacity", "opacity=6"});
+    EXPECT_NE(announcements.take({"IWindow::onOpacityChange", b, R"("oldOpacity":8,"newOpacity":6)"}), "")
+        << "the window itself knows its place";
+}
+
+TEST_F(ProcmandWindows, DoesNotTakeTheFocusFromOneThatGotItMeanwhile)
+{
+    startProcmand({"--restart-delay", "1000", "--restart-delay-limit", "1000"});
+    const std::string a = launchVictim();
+    const std::string b = launchVictim("", R"("restart":"on-failure")");
+    setFocus(b);
+    ASSERT_NE(announcements.take({"IWindowCompositing::onFocusMove", R"("uid":")" + b}), "");
+    kill(pidOf(b), SIGKILL);
+    ASSERT_NE(announcements.take({"IApplicationManager::onRestartDelay", b}), "");
+    setFocus(a);
+    ASSERT_NE(announcements.take({"IWindowCompositing::onFocusMove", R"("uid":")" + a}), "");
+    // Nor does it get what it has lost once when that one ends.
+    kill(pidOf(a), SIGKILL);
+    ASSERT_NE(announcements.take({"IWindowCompositing::onFocusMove", R"("oldUid":")" + a}), "");
+    call("IApplicationManager::restart", write({{"uid", b}}));
+
+    ASSERT_TRUE(awaitMember(b, "state", "RUNNING"));
+    EXPECT_EQ(find(b)["focus"], "false");
+    // A move that had begun would be announced before this one.
+    const std::string c = launchVictim();
+    setFocus(c);
+    EXPECT_EQ(readMembers(announcements.take({"IWindowCompositing::onFocusMove"}).substr(31))["uid"], c);
+}
+
+TEST_F(ProcmandWindows, StartsOneAfreshThatIsToBeFresh)
+{
+    startProcmand();
+    const Outcome outcome = corvanectl({"launch", "--fresh", "--type", "test", "--opacity", "200", PROCMAND_VICTIM});
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    const std::string uid = outcome.output.substr(0, outcome.output.size() - 1);
+    ASSERT_TRUE(awaitMember(uid, "state", "RUNNING"));
+    const std::string other = launchVictim();
+    corvanectl({"opacity", uid, "9"});
+    setFocus(uid);
+    ASSERT_NE(announcements.take({"IWindowCompositing::onFocusMove", R"("uid":")" + uid}), "");
+    call("IApplicationManager::restart", write({{"uid", uid}}));
+    ASSERT_NE(announcements.take({"IWindowCompositing::onFocusMove", R"("oldUid":")" + uid}), "");
+
+    ASSERT_TRUE(awaitMember(uid, "restarts", "1"));
+    ASSERT_TRUE(awaitMember(uid, "state", "RUNNING"));
+    EXPECT_EQ(corvanectl({"opacity", uid}).output, "200\n");
+    EXPECT_THAT(order(), ElementsAre(uid, other));
+    setFocus(other);
+    EXPECT_EQ(readMembers(announcements.take({"IWindowCompositing::onFocusMove"}).substr(31))["uid"], other);
+}
+
 TEST_F(ProcmandWindows, NoticesAWindowThatGotTheFocusElsewhere)
 {
     startProcmand();

@@ -46,6 +46,7 @@ struct Launch {
     std::optional<std::string> zOrder;
     std::optional<std::string> opacity;
     std::optional<std::string> visibility;
+    bool fresh = false;
 };
 
 std::string writeCompositing(const Launch& launch)
@@ -90,6 +91,8 @@ std::string writeLaunch(const Launch& launch)
     serializer.writeString("applicationType", launch.type);
     serializer.writeString("applicationParameters", launch.parameters);
     serializer.writeString("restart", launch.restart);
+    if (launch.fresh)
+        serializer.writeBoolean("fresh", true);
     serializer.writeJson("compositingParameters", writeCompositing(launch));
     serializer.endObject("");
     return serializer.generate();
@@ -134,6 +137,8 @@ void addLaunchOptions(CLI::App& command, Launch& launch)
     command.add_option("--z-order", launch.zOrder, "Place of its window in the stack")->option_text("NUMBER");
     command.add_option("--opacity", launch.opacity, "Opacity of its window")->option_text("0-255");
     command.add_option("--visibility", launch.visibility, "Whether its window is visible")->option_text("on|off");
+    command.add_flag("--fresh", launch.fresh,
+                     "Started again, it gets neither the place of its window nor the focus back");
 }
 
 /// A command that asks for something with one application.

@@ -70,14 +70,19 @@ TEST_F(RecoveryTest, KeepsEverythingOfAStart)
     record.phase = StartRecord::WAITING;
     record.restarts = 3;
     record.restartsInRow = 2;
+    record.placement.emplace(WindowState{.index = 4, .uid = "a", .opacity = 7});
+    record.placement->front = {"b", "c \"d\""};
     record.request = LaunchRequest::read(
         R"({"program":"player","arguments":["a \"b\""],"environment":{"FRUIT":"pear"},"workingDirectory":"/usr",)"
         R"("applicationType":"video","applicationParameters":"loud","restart":"always",)"
-        R"("compositingParameters":{"opacity":9}})");
+        R"("fresh":true,"compositingParameters":{"opacity":9}})");
 
     const StartRecord read = StartRecord::read(record.write());
 
     EXPECT_EQ(read.write(), record.write());
+    EXPECT_EQ(read.placement->window.opacity, 7U);
+    EXPECT_EQ(read.placement->front, record.placement->front);
+    EXPECT_TRUE(read.request->fresh);
     EXPECT_EQ(read.request->arguments, std::vector<std::string>{"a \"b\""});
     EXPECT_EQ(read.request->environment.at("FRUIT"), "pear");
     EXPECT_EQ(read.request->compositingParameters.getOpacity(), 9U);
@@ -117,6 +122,10 @@ TEST_F(RecoveryTest, TakesTheLastStateOfTheWindows)
     const WindowState a{.index = 1, .uid = "a", .visibility = false, .opacity = 9, .zOrder = 4, .location{1, 2, 3, 4}};
     const WindowState b{.index = 5, .uid = "b"};
     const Recovery recovery = Recovery::read({writeWindowsRecord({a}), writeWindowsRecord({b, a})});
+
+    const Recovery later = Recovery::read({start("a"), writeWindowsRecord({a, b})});
+    ASSERT_TRUE(later.applications.at("a").start.placement) << "where it was, should it have ended since";
+    EXPECT_EQ(later.applications.at("a").start.placement->window.opacity, 9U);
 
     ASSERT_THAT(recovery.windows, SizeIs(2));
     EXPECT_EQ(recovery.windows[0].index, 5U);

@@ -1,5 +1,7 @@
 #include "WindowStack.h"
 
+#include "Placement.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
@@ -157,6 +159,44 @@ TEST_F(WindowStackTest, RefusesEveryOperationOnAWindowThatIsNotThere)
     EXPECT_THROW(stack.sendBackward(9), std::out_of_range);
     EXPECT_THROW(stack.remove(9), std::out_of_range);
     EXPECT_THAT(order(), ElementsAre("a 0"));
+}
+
+TEST_F(WindowStackTest, PutsAWindowBehindThoseThatWereInFrontOfIt)
+{
+    add("a");
+    add("b");
+    add("c", 1);
+    const unsigned int d = add("d");
+    stack.putBehind(d, {"c", "gone"});
+    EXPECT_THAT(order(), ElementsAre("a 0", "b 0", "d 0", "c 1")) << "the z-order counts more";
+    stack.putBehind(d, {"b"});
+    EXPECT_THAT(order(), ElementsAre("a 0", "d 0", "b 0", "c 1"));
+    stack.putBehind(d, {"b", "a"});
+    EXPECT_THAT(order(), ElementsAre("d 0", "a 0", "b 0", "c 1"));
+    stack.putBehind(d, {"b"});
+    EXPECT_THAT(order(), ElementsAre("d 0", "a 0", "b 0", "c 1")) << "it is behind it already";
+}
+
+TEST_F(WindowStackTest, TellsThePlaceOfTheOldestWindowOfAnApplication)
+{
+    add("a");
+    const unsigned int oldest = add("b");
+    add("c");
+    add("b");
+    stack.setOpacity(oldest, 7);
+    stack.setVisibility(oldest, false);
+    EXPECT_FALSE(Placement::find(stack.getWindows(), "d"));
+    const auto placement = Placement::find(stack.getWindows(), "b");
+    ASSERT_TRUE(placement);
+    EXPECT_EQ(placement->window.index, oldest);
+    EXPECT_THAT(placement->front, ElementsAre("c", "b"));
+
+    const CreationSettings settings = placement->apply(CreationSettings(3, {1, 2, 3, 4}, 5, 6, true));
+    EXPECT_EQ(settings.getSessionIndex(), 3U);
+    EXPECT_EQ(settings.getLocation().getWidth(), 10U);
+    EXPECT_EQ(settings.getZOrder(), 0U);
+    EXPECT_EQ(settings.getOpacity(), 7U);
+    EXPECT_TRUE(settings.getVisibility());
 }
 
 } // namespace Procmand
