@@ -93,7 +93,7 @@ void Supervisor::onStarted(ManagedApplication& application, Process process)
     box.notices.onLaunch(application.uid, application.process->getPid(), application.program, application.restarts);
     // It may have been asked to stop while it was being started.
     if (application.stopPurpose != StopPurpose::NONE)
-        stopper.begin(application, application.stopPurpose);
+        beginStop(application, application.stopPurpose);
 }
 
 void Supervisor::onStartFailure(ManagedApplication& application, const std::string& reason)
@@ -175,11 +175,17 @@ void Supervisor::recover(const Recovery::Application& recovered)
     restartByPolicy(application, true, longest);
 }
 
+void Supervisor::beginStop(ManagedApplication& application, StopPurpose purpose)
+{
+    windows.rememberPlacement(application);
+    stopper.begin(application, purpose);
+}
+
 void Supervisor::stop(const std::string& uid)
 {
     ManagedApplication& application = box.registry.require(uid);
     if (application.isAlive())
-        return stopper.begin(application, StopPurpose::STOP);
+        return beginStop(application, StopPurpose::STOP);
     application.stopPurpose = StopPurpose::STOP;
     if (!application.isAtRest())
         return; // it is being started, or its end is being noted
@@ -193,7 +199,7 @@ void Supervisor::restart(const std::string& uid)
     if (!application.request)
         throw std::runtime_error("the application " + uid + " was started by hand");
     if (application.isAlive())
-        return stopper.begin(application, StopPurpose::RESTART);
+        return beginStop(application, StopPurpose::RESTART);
     if (application.isAtRest()) {
         application.restartsInRow = 0;
         return restartNow(application);
@@ -310,7 +316,7 @@ void Supervisor::onRunaway(ManagedApplication& application)
     application.ranAway = true;
     application.previousState = std::exchange(application.state, ILifecycleManagement::STATE_RUNAWAY);
     box.notices.onRunaway(application.uid, application.process->getPid());
-    stopper.begin(application, StopPurpose::RUNAWAY);
+    beginStop(application, StopPurpose::RUNAWAY);
 }
 
 void Supervisor::onProcessEnd(ManagedApplication& application)

@@ -49,6 +49,7 @@ private:
 
     void giveFocusBack(const ManagedApplication& application);
     void startProgram(ManagedApplication& application);
+    void beginStop(ManagedApplication& application, StopPurpose purpose);
     void onStarted(ManagedApplication& application, Process process);
     void onStartFailure(ManagedApplication& application, const std::string& reason);
     void watch(ManagedApplication& application, Process process);

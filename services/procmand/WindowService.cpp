@@ -43,13 +43,10 @@ void WindowService::takePlaceBack(const WindowState& window)
         box.windows.putBehind(window.index, owner->placement->front);
 }
 
-void WindowService::rememberPlacement(const WindowState& window)
+void WindowService::rememberPlacement(ManagedApplication& application) const
 {
-    // Now, not when the application ends: one that ends in order gives its window back first.
-    auto placement = Placement::find(box.windows.getWindows(), window.uid);
-    ManagedApplication* const owner = box.registry.find(window.uid);
-    if (owner != nullptr && placement->window.index == window.index)
-        owner->placement = std::move(placement);
+    if (auto placement = Placement::find(box.windows.getWindows(), application.uid))
+        application.placement = std::move(placement);
 }
 
 WindowService::Token WindowService::refuse(const std::string& uid, const std::string& reason)
@@ -62,7 +59,11 @@ WindowService::Token WindowService::refuse(const std::string& uid, const std::st
 void WindowService::release(unsigned int index)
 {
     const WindowState window = require(index);
-    rememberPlacement(window);
+    // Now, not when the application ends: one that ends in order gives its window back first. What it does with it when
+    // it is stopped does not count.
+    ManagedApplication* const owner = box.registry.find(window.uid);
+    if (owner != nullptr && owner->stopPurpose == StopPurpose::NONE)
+        rememberPlacement(*owner);
     box.windows.remove(index);
     show();
     box.notices.onWindowRelease(window);

@@ -39,11 +39,12 @@ public:
         announceChanges(before);
         keep();
     }
+    /// Notes where the application's window is, if it has one, for its next process.
+    void rememberPlacement(ManagedApplication& application) const;
     /// Writes what has changed into the history now.
     void flush();
 
 private:
-    void rememberPlacement(const WindowState& window);
     void takePlaceBack(const WindowState& window);
     void announceChanges(const std::vector<WindowState>& before) const;
     /// Hands the windows to the compositor.

@@ -2,6 +2,7 @@
 //     hold-init=FILE   says "holding" and does not initialise the window before FILE is there
 //     exit=N           ends with exit code N as soon as it runs
 //     deaf             does not terminate when it is asked to
+//     fading           becomes transparent before it terminates
 //     quiet            never proves that it is alive
 //     lingering        runs on in the states that end others
 // It proves that it is alive much more often than applications do, so that tests need not wait for its silence.
@@ -51,6 +52,8 @@ public:
 
     void terminate() override
     {
+        if (has("fading"))
+            setOpacity(0);
         if (!has("deaf"))
             setState(STATE_TERMINATED);
     }

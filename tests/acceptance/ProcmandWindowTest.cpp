@@ -257,7 +257,7 @@ TEST_F(ProcmandWindows, GivesOneThatIsStartedAgainItsPlaceAndTheFocusBack)
 {
     startProcmand({"--restart-delay", "0.02"});
     const std::string a = launchVictim();
-    const std::string b = launchVictim("", R"("restart":"on-failure","compositingParameters":{"opacity":200})");
+    const std::string b = launchVictim("fading", R"("restart":"on-failure","compositingParameters":{"opacity":200})");
     const std::string c = launchVictim();
     corvanectl({"location", b, "1,2,30,40"});
     corvanectl({"opacity", b, "9"});
@@ -272,7 +272,7 @@ TEST_F(ProcmandWindows, GivesOneThatIsStartedAgainItsPlaceAndTheFocusBack)
     EXPECT_EQ(corvanectl({"location", b}).output, "1,2,30,40\n");
     EXPECT_EQ(corvanectl({"opacity", b}).output, "9\n");
 
-    // This one ends in order, and gives its window back before it does.
+    // This one ends in order: it fades out and gives its window back before it does.
     corvanectl({"z-order", b, "7"});
     corvanectl({"opacity", b, "8"});
     call("IApplicationManager::restart", write({{"uid", b}}));
