@@ -4,9 +4,12 @@
 #include <corvane/common/RPCError.h>
 #include <corvane/foundation/Serializer.h>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <support/TaskState.h>
+#include <unistd.h>
 
 namespace Corvane::Test
 {
@@ -20,9 +23,19 @@ bool containsAll(const std::string& text, const std::vector<std::string>& parts)
                        [&text](const std::string& part) { return text.find(part) != text.npos; });
 }
 
-std::string payloadOf(const std::string& announcement)
+/// Kills the processes that were started with this runtime folder: not every launch has been heard of.
+/// @return whether there were any
+bool killThoseIn(const std::string& runtimeFolder)
 {
-    return announcement.substr(announcement.find(' ') + 1);
+    bool found = false;
+    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+        const pid_t pid = std::atoi(process.path().filename().c_str());
+        std::ifstream environment(process.path() / "environ");
+        for (std::string variable; pid != 0 && pid != getpid() && std::getline(environment, variable, '\0');)
+            if (variable == "CORVANE_RUNTIME_DIR=" + runtimeFolder && kill(pid, SIGKILL) == 0)
+                found = true;
+    }
+    return found;
 }
 
 std::map<std::string, std::string> readMembers(const nlohmann::json& object)
@@ -77,9 +90,9 @@ WithProcmand::~WithProcmand()
 {
     client.reset();
     procmand.reset();
-    for (const std::string& announcement : announcements.getAll())
-        if (announcement.starts_with("IApplicationManager::onLaunch {"))
-            kill(-std::stoi(readMembers(payloadOf(announcement))["pid"]), SIGKILL);
+    // One that is killed may just have started another process.
+    while (killThoseIn(std::getenv("CORVANE_RUNTIME_DIR")))
+        ;
 }
 
 void WithProcmand::startProcmand(const Words& options)
