@@ -101,14 +101,14 @@ void OutputFiles::keepOnly(const std::set<std::string>& tokens) const
     }
 }
 
-std::size_t OutputFiles::trim(const std::string& name) const
+std::uint64_t OutputFiles::trim(const std::string& name) const
 {
     const Corvane::FileDescriptor file(::open((folder + "/" + name).c_str(), O_WRONLY | O_CLOEXEC));
     struct stat status {
     };
     if (!file.isOpen() || fstat(file.get(), &status) != 0)
         return 0;
-    const auto room = static_cast<std::size_t>(status.st_blocks) * 512;
+    const auto room = static_cast<std::uint64_t>(status.st_blocks) * 512;
     if (room <= ROOM_LIMIT)
         return room;
     // A hole, so that the file keeps its length and writers are not disturbed. A file system without holes has its file

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <corvane/common/FileDescriptor.h>
+#include <cstdint>
 #include <set>
 #include <string>
 
@@ -23,7 +24,7 @@ public:
     /// So much of the end of each stream is kept with an application's history.
     static constexpr std::size_t TAIL_SIZE = 4096;
     /// So many bytes a file may take.
-    static constexpr std::size_t ROOM_LIMIT = 256 * 1024;
+    static constexpr std::uint64_t ROOM_LIMIT = 256 * 1024;
     /// The files of so many runs of an application are kept, of those that printed something.
     static constexpr unsigned int RUN_LIMIT = 3;
 
@@ -39,7 +40,7 @@ public:
     /// Gives the beginning of a file that takes more than ROOM_LIMIT back to the file system. Its end stays.
     /// @param name  of a file in the folder
     /// @return how much room the file took before
-    std::size_t trim(const std::string& name) const;
+    std::uint64_t trim(const std::string& name) const;
     void trimAll() const;
     const std::string& getFolder() const { return folder; }
 

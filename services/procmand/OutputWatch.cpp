@@ -51,7 +51,7 @@ void OutputWatch::watch()
 
 bool OutputWatch::trimWritten()
 {
-    std::size_t largest = 0;
+    std::uint64_t largest = 0;
     for (const std::string& name : readWritten())
         largest = std::max(largest, files.trim(name));
     return largest > 2 * OutputFiles::ROOM_LIMIT;
