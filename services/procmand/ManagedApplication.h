@@ -98,10 +98,8 @@ public:
     ManagedApplication* find(const std::string& uid, unsigned long generation);
     /// @throws std::out_of_range  with a text for people
     ManagedApplication& require(const std::string& uid);
-    /// Makes sure that a launch gets its own uid and its own name. Both are looked for among uids and names alike: a
-    /// word of either kind stands for one application.
-    /// @throws std::runtime_error  one of them is taken
-    void requireFree(const LaunchRequest& request) const;
+    /// @return the application that has this word as its uid or as its name; null for none
+    ManagedApplication* findHolder(const std::string& word);
     /// Gives the application a new generation.
     void renew(ManagedApplication& application);
     Applications& getAll() { return applications; }

@@ -63,13 +63,12 @@ ManagedApplication& Registry::require(const std::string& uid)
     throw std::out_of_range("there is no application " + uid);
 }
 
-void Registry::requireFree(const LaunchRequest& request) const
+ManagedApplication* Registry::findHolder(const std::string& word)
 {
-    for (const auto& [uid, application] : applications)
-        for (const std::string& word : {request.name, request.uid})
-            if (!word.empty() && (word == uid || word == application.getName()))
-                throw std::runtime_error(word + " is taken: it is the " + (word == uid ? "uid" : "name") +
-                                         " of an application" + (word == uid ? "" : ", " + uid));
+    for (auto& [uid, application] : applications)
+        if (!word.empty() && (word == uid || word == application.getName()))
+            return &application;
+    return nullptr;
 }
 
 void Registry::renew(ManagedApplication& application)

@@ -52,15 +52,29 @@ std::string Supervisor::launch(LaunchRequest request)
 {
     if (box.isEnding)
         throw std::runtime_error("the process manager is ending");
-    box.registry.requireFree(request);
-    if (!request.uid.empty() && findServer(serverNameOf(request.uid)) != 0)
-        throw std::runtime_error(request.uid + " is taken: a process that was not launched here has it");
+    takeWords(request);
     ManagedApplication& application = box.registry.add(request.uid.empty() ? makeToken() : request.uid);
     application.program = request.program;
     application.type = request.applicationType;
     application.request = std::move(request);
     startProgram(application);
     return application.uid;
+}
+
+void Supervisor::takeWords(const LaunchRequest& request)
+{
+    for (const std::string& word : {request.name, request.uid}) {
+        const ManagedApplication* const holder = box.registry.findHolder(word);
+        if (holder != nullptr && holder->phase != Phase::GIVEN_UP)
+            throw std::runtime_error(
+                word + " is taken: it is the " +
+                (word == holder->uid ? "uid of an application" : "name of an application, " + holder->uid));
+    }
+    if (!request.uid.empty() && findServer(serverNameOf(request.uid)) != 0)
+        throw std::runtime_error(request.uid + " is taken: a process that was not launched here has it");
+    for (const std::string& word : {request.name, request.uid})
+        if (ManagedApplication* const holder = box.registry.findHolder(word))
+            forget(*holder);
 }
 
 void Supervisor::startProgram(ManagedApplication& application)

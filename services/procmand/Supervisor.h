@@ -21,7 +21,7 @@ public:
     void start(const std::string& folder);
 
     /// Accepts an application; what comes of it is announced. @return its uid
-    /// @throws std::runtime_error  nothing is started any more
+    /// @throws std::runtime_error  nothing is started any more, or its uid or its name is taken
     std::string launch(LaunchRequest request);
     /// Takes an application up that runs already. @return whether it is known now
     bool adopt(const std::string& uid, pid_t pid);
@@ -48,6 +48,10 @@ private:
     void onState(ManagedApplication& application, const std::string& state, bool isFocused) override;
 
     void giveFocusBack(const ManagedApplication& application);
+    /// Makes sure that a launch gets its own uid and its own name. Both are looked for among uids and names alike: a
+    /// word of either kind stands for one application. One that was given up makes way and is forgotten.
+    /// @throws std::runtime_error  one of them is taken
+    void takeWords(const LaunchRequest& request);
     void startProgram(ManagedApplication& application);
     void beginStop(ManagedApplication& application, StopPurpose purpose);
     void onStarted(ManagedApplication& application, Process process);

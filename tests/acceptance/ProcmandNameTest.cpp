@@ -188,6 +188,23 @@ TEST_F(ProcmandNames, OfAnApplicationThatWaitsForItsRestartAreItsOwn)
     EXPECT_TRUE(find(uid).empty());
 }
 
+TEST_F(ProcmandNames, OfAnApplicationThatWasGivenUpAreFree)
+{
+    startProcmand({"--restart-delay", "0.02", "--restart-limit", "1"});
+    const std::string uid = launchShell("exit 1", R"("name":"tv","uid":"box","restart":"always")");
+    ASSERT_TRUE(awaitMember(uid, "phase", "given-up"));
+
+    const std::string next = launchNamed("tv");
+    EXPECT_TRUE(find(uid).empty()) << "the name would stand for both of them";
+    EXPECT_EQ(corvanectl({"state", "tv"}).output, "RUNNING\n");
+    EXPECT_EQ(corvanectl({"stop", next}).status, 0);
+
+    launchShell("exit 1", R"("name":"tv","uid":"box","restart":"always")");
+    ASSERT_TRUE(awaitMember(uid, "phase", "given-up"));
+    EXPECT_EQ(launchVictim("", R"("name":"tv","uid":"box")"), "box");
+    EXPECT_EQ(find("box")["restarts"], "0");
+}
+
 TEST_F(ProcmandNames, AreBesideUidsThatTheLauncherChooses)
 {
     startProcmand();
