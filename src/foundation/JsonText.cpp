@@ -21,7 +21,7 @@ struct JsonText::Reader {
 
     void recycle()
     {
-        if (parser.capacity() <= LARGEST_KEPT)
+        if (parser.capacity() <= LARGEST_KEPT && input.capacity() <= 2 * LARGEST_KEPT)
             return;
         parser = simdjson::dom::parser();
         input = std::string();
@@ -42,8 +42,13 @@ simdjson::error_code JsonText::Reader::reserve(std::size_t wanted)
     if (wanted <= parser.capacity())
         return simdjson::SUCCESS;
     const std::size_t capacity = std::bit_ceil(std::max(wanted, SMALLEST_CAPACITY));
-    const simdjson::error_code error = parser.allocate(capacity, DEPTH_LIMIT);
-    return error == simdjson::SUCCESS ? parser.doc.allocate(capacity) : error;
+    simdjson::error_code error = parser.allocate(capacity, DEPTH_LIMIT);
+    if (error == simdjson::SUCCESS)
+        error = parser.doc.allocate(capacity);
+    // A parser that got part of its memory only would take every further text for nested too deep.
+    if (error != simdjson::SUCCESS)
+        parser = simdjson::dom::parser();
+    return error;
 }
 
 simdjson::error_code JsonText::Reader::parse(std::string_view text, simdjson::dom::element& root)
@@ -97,6 +102,8 @@ JsonText::JsonText(std::string_view text) : reader(Reader::pool.claim())
         return;
     if (error == simdjson::DEPTH_ERROR)
         throw NestingError(describe(error));
+    if (error == simdjson::NUMBER_ERROR)
+        throw NumberError(describe(error));
     // The parser does not tell a second value from a text that is wrong in itself: see whether the first one is right.
     if (error == simdjson::TAPE_ERROR) {
         JsonScanner scanner(text);

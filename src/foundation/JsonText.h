@@ -17,6 +17,13 @@ public:
     using SerialError::SerialError;
 };
 
+/// A text with a number that is malformed, or that neither 64 bits nor a double can represent.
+class NumberError : public SerialError
+{
+public:
+    using SerialError::SerialError;
+};
+
 /// One JSON text, parsed and checked whole: UTF-8, numbers, nesting of at most 64 levels, nothing after its value.
 ///
 /// Parser and memory come from a few that the process keeps ready: a small text allocates nothing. Everything that a
@@ -27,7 +34,8 @@ public:
 class JsonText
 {
 public:
-    /// @throws SerialError  with what is wrong with the text; NestingError when that is its depth
+    /// @throws SerialError  with what is wrong with the text; NestingError when that is its depth, NumberError
+    /// when it is a number in it
     explicit JsonText(std::string_view text);
 
     simdjson::dom::element root() const { return rootElement; }

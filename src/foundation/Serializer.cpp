@@ -4,23 +4,32 @@
 #include "SlotPool.h"
 #include <charconv>
 #include <cstddef>
+#include <new>
 
 namespace Corvane
 {
 
 /// The text that is being written, and the brackets that are open in it.
 struct Serializer::Buffer {
-    static constexpr std::size_t READY_SIZE = 512;
+    // Enough for the announcement of a death from a state of the longest text, each of its 255 bytes escaped.
+    static constexpr std::size_t READY_SIZE = 2048;
     static constexpr std::size_t LARGEST_KEPT = 64 * 1024;
 
     Buffer() { text.reserve(READY_SIZE); }
 
-    void recycle()
+    void recycle() noexcept
     {
         if (text.capacity() > LARGEST_KEPT)
-            *this = Buffer();
+            shrink();
         text.clear();
         nesting.clear();
+    }
+
+    void shrink() noexcept
+    try {
+        *this = Buffer();
+    } catch (const std::bad_alloc&) {
+        // Where there is no memory for a small one, the large one stays.
     }
 
     std::string text;
