@@ -37,6 +37,18 @@ TEST_F(ApplicationMethods, NeedAStateThatIsAText)
     EXPECT_EQ(window.getState(), ILifecycleManagement::STATE_UNINITIALIZED);
 }
 
+TEST_F(ApplicationMethods, RefuseAStateOfMoreThan255Bytes)
+{
+    const auto setState = [this](const std::string& state) {
+        return callText(windowServer, "IApplication", "setState", Json{{"requestedState", state}}.dump());
+    };
+    const std::string longest(255, 'x');
+    EXPECT_EQ(setState(longest), resultText("null"));
+    for (const std::string& longer : {longest + "x", std::string(128, 'x') + longest, longest.substr(1) + "\u00e4"})
+        EXPECT_EQ(setState(longer), errorText("requestedState: longer than 255 bytes"));
+    EXPECT_EQ(window.getState(), longest);
+}
+
 TEST_F(ApplicationMethods, SucceedAlsoWhenTheApplicationRefuses)
 {
     EXPECT_EQ(callText(windowServer, "IApplication", "suspend"), resultText("null"));

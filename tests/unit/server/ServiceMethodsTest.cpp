@@ -60,4 +60,17 @@ TEST_F(ServiceMethods, ReportTheAttributesBeforeTheToken)
     EXPECT_NE(reply["error"]["message"].get<std::string>().find("authAttrInternal"), std::string::npos) << reply;
 }
 
+TEST_F(ServiceMethods, NameTheParameterThatHoldsBadAttributes)
+{
+    const auto messageFor = [this](const std::string& attributes) {
+        const Json parameters = {{"authAttrInternal", attributes}, {"token", 1}};
+        return Json::parse(create(parameters.dump()))["error"]["message"].get<std::string>();
+    };
+    EXPECT_EQ(messageFor("[]"), "authAttrInternal: expected an object, found array");
+    EXPECT_EQ(messageFor("{"), "authAttrInternal: not valid JSON");
+    EXPECT_EQ(messageFor(R"({"volume":1})"), "authAttrInternal: volume: expected an object, found 1");
+    EXPECT_EQ(messageFor(R"({"volume":{"max":"50"}})"),
+              "authAttrInternal: volume.max: expected a signed 32-bit number, found string");
+}
+
 } // namespace Corvane::Test
