@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <numeric>
 #include <sys/socket.h>
 
 namespace Corvane
@@ -41,44 +43,73 @@ bool matches(std::string_view pattern, std::string_view notification)
 
 } // namespace
 
-void RPCConnection::send(const iovec* pieces, int count)
+void RPCConnection::send(Kind kind, const iovec* pieces, int count) noexcept
 {
     if (loss != Loss::NONE)
         return;
-    const ssize_t taken = hasOutput() ? 0 : trySend(socket.get(), pieces, count);
+    const ssize_t taken = waits ? 0 : trySend(socket.get(), pieces, count);
     if (taken < 0)
-        lose(Loss::GONE);
-    else
-        keep(pieces, count, static_cast<std::size_t>(taken));
+        return lose(Loss::GONE);
+    try {
+        keep(kind, pieces, count, static_cast<std::size_t>(taken));
+    } catch (...) {
+        // Part of the message may be gone, so nothing else can be said on this connection.
+        lose(Loss::NO_MEMORY);
+    }
 }
 
-void RPCConnection::keep(const iovec* pieces, int count, std::size_t taken)
+void RPCConnection::keep(Kind kind, const iovec* pieces, int count, std::size_t taken)
 {
+    const std::size_t size = std::accumulate(pieces, pieces + count, std::size_t{0},
+                                             [](std::size_t sum, const iovec& piece) { return sum + piece.iov_len; });
+    // Of a message that the socket took whole nothing is left: then no memory is touched here.
+    if (taken == size)
+        return;
+    if (kind == Kind::NOTIFICATION && countWaitingNotifications() + size - taken > NOTIFICATION_LIMIT)
+        return lose(Loss::BEHIND);
+    const std::size_t begin = output.size();
+    output.reserve(begin + size - taken);
     for (int i = 0; i < count; ++i) {
         const std::size_t skipped = std::min(taken, pieces[i].iov_len);
         taken -= skipped;
-        // Of a message that the socket took whole nothing is left: then no memory is touched here.
-        if (skipped < pieces[i].iov_len)
-            output.append(static_cast<const char*>(pieces[i].iov_base) + skipped, pieces[i].iov_len - skipped);
+        output.append(static_cast<const char*>(pieces[i].iov_base) + skipped, pieces[i].iov_len - skipped);
     }
-    if (output.size() - sent > OUTPUT_LIMIT)
-        lose(Loss::BEHIND);
+    if (kind == Kind::ANSWER) {
+        answerBegin = begin;
+        answerEnd = output.size();
+    }
+    waits = true;
 }
 
-void RPCConnection::flush()
+std::size_t RPCConnection::countWaitingNotifications() const
+{
+    const std::size_t answerLeft = answerEnd - std::clamp(sent, answerBegin, answerEnd);
+    return output.size() - sent - answerLeft;
+}
+
+void RPCConnection::flush() noexcept
 {
     const iovec rest{.iov_base = output.data() + sent, .iov_len = output.size() - sent};
     const ssize_t taken = trySend(socket.get(), &rest, 1);
     if (taken < 0)
         return lose(Loss::GONE);
     sent += static_cast<std::size_t>(taken);
-    if (!hasOutput()) {
+    // Not before half of it is gone: however much waits, no more bytes are moved than sent.
+    if (sent == output.size() || (sent >= COMPACTION_SIZE && sent >= output.size() / 2))
+        compact();
+}
+
+void RPCConnection::compact()
+{
+    if (sent == output.size()) {
         output = std::string(); // gives the memory back: a client that reads in time needs none
-        sent = 0;
-    } else if (sent >= COMPACTION_SIZE) {
+        waits = false;
+    } else {
         output.erase(0, sent);
-        sent = 0;
     }
+    answerBegin -= std::min(sent, answerBegin);
+    answerEnd -= std::min(sent, answerEnd);
+    sent = 0;
 }
 
 void RPCConnection::lose(Loss reason)
@@ -91,19 +122,23 @@ void RPCConnection::lose(Loss reason)
 
 bool RPCConnection::subscribe(std::vector<std::string> patterns)
 {
+    if (patterns.size() > SUBSCRIPTION_LIMIT)
+        return false;
+    std::erase_if(patterns, [this](const std::string& pattern) {
+        return std::find(subscriptions.begin(), subscriptions.end(), pattern) != subscriptions.end();
+    });
     if (subscriptions.size() + patterns.size() > SUBSCRIPTION_LIMIT)
         return false;
-    for (std::string& pattern : patterns) {
-        if (std::find(subscriptions.begin(), subscriptions.end(), pattern) == subscriptions.end())
-            subscriptions.push_back(std::move(pattern));
-    }
+    subscriptions.insert(subscriptions.end(), std::make_move_iterator(patterns.begin()),
+                         std::make_move_iterator(patterns.end()));
     return true;
 }
 
 void RPCConnection::unsubscribe(const std::vector<std::string>& patterns)
 {
-    for (const std::string& pattern : patterns)
-        std::erase(subscriptions, pattern);
+    std::erase_if(subscriptions, [&patterns](const std::string& subscribed) {
+        return std::binary_search(patterns.begin(), patterns.end(), subscribed);
+    });
 }
 
 bool RPCConnection::isSubscribedTo(std::string_view notification) const

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <corvane/common/RPCServer.h>
 #include <corvane/foundation/Serializer.h>
 
@@ -55,15 +54,8 @@ std::string RPCServer::discover() const
     serializer.endObject("info");
     serializer.beginArray("methods");
     for (const auto& [interface, methods] : interfaces) {
-        for (const auto& entry : methods) {
-            const auto found =
-                std::find_if(description.methods.begin(), description.methods.end(),
-                             [&, &interface = interface](const RPCMethodDescription& candidate) {
-                                 return candidate.interface == interface && candidate.method == entry.first;
-                             });
-            writeMethod(interface + "::" + entry.first, found == description.methods.end() ? nullptr : &*found,
-                        serializer);
-        }
+        for (const auto& entry : methods)
+            writeMethod(interface + "::" + entry.first, description.find(interface, entry.first), serializer);
     }
     serializer.endArray("methods");
     serializer.beginArray("x-notifications");

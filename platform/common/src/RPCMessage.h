@@ -12,11 +12,15 @@ namespace Corvane::RPCMessage
 /// The longest message in bytes.
 constexpr std::size_t SIZE_LIMIT = 1024 * 1024;
 
+/// How many bytes the answers to one batch may have before its remaining calls are not carried out. The last answer may
+/// exceed it: a call that was carried out is answered.
+constexpr std::size_t BATCH_ANSWER_LIMIT = 1024 * 1024;
+
 /// One call as a client sent it.
 struct Call {
     std::string interface;  ///< "IWindow" of "IWindow::setOpacity", empty where the method has none
     std::string method;     ///< "setOpacity"
-    std::string parameters; ///< text of a JSON object
+    std::string parameters; ///< JSON text without white space around it; "{}" for a call without parameters
     std::string id;         ///< JSON text, "null" for a call that expects no reply
     bool expectsReply;
 };
@@ -24,10 +28,16 @@ struct Call {
 /// Carries a call out. @return the text of its reply
 using Dispatch = std::function<std::string(const Call&)>;
 
-/// Answers one message: a call or a batch of calls.
-/// @return the text of the answer, empty when none is due. What is no call is answered with an error object.
+/// What a message is answered with.
+struct Answer {
+    std::string text;        ///< empty when no answer is due
+    bool isCutShort = false; ///< the rest of a batch was not carried out, for its answers are too long
+};
+
+/// Answers one message: a call or a batch of calls. What is no call is answered with an error object.
 /// @throws NestingError  the message is nested deeper than 64 levels
-std::string answer(std::string_view message, const Dispatch& dispatch);
+/// @throws std::bad_alloc, and what `dispatch` throws
+Answer answer(std::string_view message, const Dispatch& dispatch);
 
 /// @return the text of an error reply
 std::string errorReply(const std::string& id, int code, const std::string& message);
@@ -35,6 +45,7 @@ std::string errorReply(const std::string& id, int code, const std::string& messa
 std::string resultReply(const std::string& id, const std::string& result);
 
 /// Reads the member "notifications", an array of names, from the parameters of rpc.subscribe and rpc.unsubscribe.
+/// @return the names, sorted, each once
 /// @throws SerialError  it is missing or is something else
 std::vector<std::string> notificationPatterns(const std::string& parameters);
 

@@ -8,11 +8,38 @@
 #include <algorithm>
 #include <corvane/foundation/Exception.h>
 #include <mutex>
+#include <utility>
 
 namespace Corvane
 {
 
 using IRPC::RPCErrorObject;
+
+namespace
+{
+
+/// @return the text of the error reply to the call whose exception is being handled
+std::string failureReply(const std::string& id)
+{
+    try {
+        throw;
+    } catch (const Exception& exception) {
+        return RPCMessage::errorReply(id, RPCErrorObject::CALL_FAILED, exception.what());
+    } catch (const std::exception& exception) {
+        return RPCMessage::errorReply(id, RPCErrorObject::CALL_FAILED, exception.what());
+    } catch (...) {
+        return RPCMessage::errorReply(id, RPCErrorObject::CALL_FAILED, "unknown");
+    }
+}
+
+/// A method that takes no parameters does not look at them, so they may be anything. One that is not described may take
+/// some.
+bool takesParameters(const RPCMethodDescription* method)
+{
+    return method == nullptr || !method->parameters.empty();
+}
+
+} // namespace
 
 RPCServer::RPCServer(const char* name)
     : name(name), listenersMutex("RPCServer::listenersMutex", 0), transport(std::make_unique<RPCTransport>(*this))
@@ -67,12 +94,8 @@ std::string RPCServer::handleRPCSynchronousMethod(const IRPC::RPCSynchronousMeth
     // Handlers keep their exceptions to themselves; this is for those of a derived class that do not.
     try {
         return (this->*entry->second)(request);
-    } catch (const Exception& exception) {
-        return RPCErrorObject(request, exception.what()).serialize();
-    } catch (const std::exception& exception) {
-        return RPCErrorObject(request, exception.what()).serialize();
     } catch (...) {
-        return RPCErrorObject(request, "unknown").serialize();
+        return failureReply(request.getId());
     }
 }
 
@@ -84,23 +107,31 @@ void RPCServer::handleRPCAsynchronousMethod(const IRPC::RPCAsynchronousMethodObj
 std::string RPCServer::handleRPCSynchronousMethodPayload(const std::string& payload)
 {
     try {
-        return RPCMessage::answer(payload, [this](const RPCMessage::Call& call) { return handleCall(call); });
+        return RPCMessage::answer(payload, [this](const RPCMessage::Call& call) { return handleCall(call); }).text;
     } catch (const NestingError& error) {
         return RPCMessage::errorReply("null", RPCErrorObject::PARSE_ERROR, error.what());
     }
 }
 
 std::string RPCServer::handleCall(const RPCMessage::Call& call)
-{
+try {
     if (call.interface.empty()) {
         if (call.method == "rpc.discover")
             return RPCMessage::resultReply(call.id, discover());
         return RPCMessage::errorReply(call.id, RPCErrorObject::METHOD_NOT_FOUND, "unknown method");
     }
+    const bool isObject = call.parameters.starts_with('{');
+    if (!isObject && takesParameters(description.find(call.interface, call.method)))
+        return RPCMessage::errorReply(call.id, RPCErrorObject::INVALID_PARAMETERS, "params: expected an object");
+    std::string parameters = isObject ? call.parameters : "{}";
     if (call.expectsReply)
-        return handleRPCSynchronousMethod({call.interface, call.method, call.parameters, call.id});
-    handleRPCAsynchronousMethod({call.interface, call.method, call.parameters});
+        return handleRPCSynchronousMethod({call.interface, call.method, std::move(parameters), call.id});
+    handleRPCAsynchronousMethod({call.interface, call.method, std::move(parameters)});
     return {};
+} catch (...) {
+    // Not only handlers fail: memory may be short on the way to them, and a derived class may have a dispatch of its
+    // own.
+    return failureReply(call.id);
 }
 
 void RPCServer::handleRPCNotification(const IRPC::RPCNotificationObject& notification)
@@ -134,8 +165,10 @@ void RPCServer::addListener(IListener* listener)
 
 void RPCServer::removeListener(IListener* listener)
 {
+    // Before the lock: the pointer may be a stale one, and a fault under the lock would keep it for ever.
+    auto* rpcListener = dynamic_cast<IRPC::IRPCListener*>(listener);
     std::lock_guard guard(listenersMutex);
-    std::erase(listeners, dynamic_cast<IRPC::IRPCListener*>(listener));
+    std::erase(listeners, rpcListener);
     hasListeners = !listeners.empty();
 }
 

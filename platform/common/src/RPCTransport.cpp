@@ -104,15 +104,38 @@ int RPCTransport::thread()
     while (!stopping) {
         const int count = epoll_wait(epoll.get(), events.data(), events.size(), -1);
         for (int i = 0; i < count && !stopping; ++i) {
-            const int descriptor = events[static_cast<std::size_t>(i)].data.fd;
-            if (descriptor == endpoint->getSocket())
-                accept();
-            else if (auto found = connections.find(descriptor); found != connections.end())
-                serve(*found->second, events[static_cast<std::size_t>(i)].events);
+            const epoll_event& event = events[static_cast<std::size_t>(i)];
+            step(event.data.fd, event.events);
         }
     }
     ownThread = pthread_t{};
     return 0;
+}
+
+void RPCTransport::step(int descriptor, std::uint32_t events)
+{
+    try {
+        if (descriptor == endpoint->getSocket())
+            accept();
+        else if (const auto found = connections.find(descriptor); found != connections.end())
+            serve(*found->second, events);
+    } catch (const std::exception& error) {
+        abandon(descriptor, error.what());
+    } catch (...) {
+        abandon(descriptor, "unknown");
+    }
+}
+
+void RPCTransport::abandon(int descriptor, const char* reason)
+{
+    const auto found = connections.find(descriptor);
+    if (found == connections.end()) {
+        corvaneDebugPrint(DEBUG_WARNING, "RPCServer", "RPCTransport", __LINE__, "%s: a client is turned away: %s\n",
+                          server.getName().c_str(), reason);
+        return;
+    }
+    log(__LINE__, descriptor, "is disconnected", reason);
+    drop(*found->second);
 }
 
 void RPCTransport::waitForHandler()
@@ -138,8 +161,10 @@ void RPCTransport::notify(std::string_view name, std::string_view payload)
     const SignalMask mask(SIG_BLOCK, SignalMask::allSignals());
     std::lock_guard guard(connectionsMutex);
     for (const auto& [socket, connection] : connections) {
-        if (connection->isSubscribedTo(name))
-            send(*connection, pieces, std::size(pieces));
+        if (!connection->isSubscribedTo(name))
+            continue;
+        connection->send(RPCConnection::Kind::NOTIFICATION, pieces, std::size(pieces));
+        watch(*connection);
     }
 }
 
@@ -174,42 +199,61 @@ void RPCTransport::acceptWithReserve()
 
 void RPCTransport::turnAway(FileDescriptor socket, const char* reason)
 {
-    corvaneDebugPrint(DEBUG_WARNING, "RPCServer", "RPCTransport", __LINE__, "%s: client %d is turned away: %s\n",
-                      server.getName().c_str(), processOf(socket.get()), reason);
     const std::string text = RPCMessage::errorReply("null", RPCErrorObject::CALL_FAILED, reason) + '\n';
     const iovec whole = piece(text);
-    RPCConnection(std::move(socket)).send(&whole, 1);
+    RPCConnection connection(std::move(socket));
+    connection.send(RPCConnection::Kind::ANSWER, &whole, 1);
+    log(__LINE__, connection.getSocket(), "is turned away", reason);
 }
 
 void RPCTransport::serve(RPCConnection& connection, std::uint32_t events)
 {
-    if ((events & EPOLLOUT) != 0) {
+    if (connection.hasOutput())
+        resume(connection);
+    else if (!connection.closing && (events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0)
+        read(connection);
+    RPCConnection::Loss loss{};
+    {
+        std::lock_guard guard(connectionsMutex);
+        loss = connection.getLoss();
+        const bool lost = loss != RPCConnection::Loss::NONE || (events & EPOLLERR) != 0;
+        if (!lost && (!connection.closing || connection.hasOutput()))
+            return watch(connection);
+    }
+    if (loss == RPCConnection::Loss::BEHIND)
+        log(__LINE__, connection.getSocket(), "is disconnected", "it does not read what it is sent");
+    else if (loss == RPCConnection::Loss::NO_MEMORY)
+        log(__LINE__, connection.getSocket(), "is disconnected", "no memory is left for what it is sent");
+    drop(connection);
+}
+
+void RPCTransport::resume(RPCConnection& connection)
+{
+    {
         std::lock_guard guard(connectionsMutex);
         connection.flush();
-        watch(connection);
     }
-    if (!connection.closing && (events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0)
-        read(connection);
-    std::lock_guard guard(connectionsMutex);
-    const bool lost = connection.getLoss() != RPCConnection::Loss::NONE || (events & EPOLLERR) != 0;
-    if (lost || (connection.closing && !connection.hasOutput()))
-        drop(connection);
-    else
-        watch(connection);
+    // What had to wait is here already: no event will tell of it.
+    if (!connection.hasOutput() && !connection.closing)
+        handleInput(connection, std::exchange(connection.input, {}));
 }
 
 void RPCTransport::read(RPCConnection& connection)
 {
     const ssize_t size = recv(connection.getSocket(), buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (size > 0)
-        handleInput(connection, {buffer.data(), static_cast<std::size_t>(size)});
-    else if (size == 0 || (errno != EAGAIN && errno != EINTR))
-        finish(connection);
+        return handleInput(connection, {buffer.data(), static_cast<std::size_t>(size)});
+    if (size < 0 && (errno == EAGAIN || errno == EINTR))
+        return;
+    if (!connection.input.empty())
+        log(__LINE__, connection.getSocket(), "has left", "its last message has no end and is dropped");
+    finish(connection);
 }
 
 void RPCTransport::handleInput(RPCConnection& connection, std::string_view data)
 {
-    for (auto end = data.find('\n'); end != data.npos && !connection.closing && !stopping; end = data.find('\n')) {
+    auto end = data.find('\n');
+    for (; end != data.npos && !connection.hasOutput() && !connection.closing && !stopping; end = data.find('\n')) {
         const std::string_view line = data.substr(0, end);
         data.remove_prefix(end + 1);
         if (connection.input.empty()) {
@@ -222,7 +266,7 @@ void RPCTransport::handleInput(RPCConnection& connection, std::string_view data)
     if (connection.closing)
         return;
     connection.input.append(data);
-    if (connection.input.size() > RPCMessage::SIZE_LIMIT)
+    if (end == data.npos && connection.input.size() > RPCMessage::SIZE_LIMIT)
         refuse(connection, RPCErrorObject::INVALID_REQUEST, "the message is longer than 1048576 bytes");
 }
 
@@ -230,15 +274,21 @@ void RPCTransport::handleMessage(RPCConnection& connection, std::string_view mes
 {
     if (message.size() > RPCMessage::SIZE_LIMIT)
         return refuse(connection, RPCErrorObject::INVALID_REQUEST, "the message is longer than 1048576 bytes");
-    std::string text;
+    RPCMessage::Answer answer;
     try {
         std::lock_guard guard(handlerMutex);
-        text = RPCMessage::answer(message, [&](const RPCMessage::Call& call) { return handleCall(connection, call); });
+        answer =
+            RPCMessage::answer(message, [&](const RPCMessage::Call& call) { return handleCall(connection, call); });
     } catch (const NestingError& error) {
         return refuse(connection, RPCErrorObject::PARSE_ERROR, error.what());
+    } catch (const std::exception& error) {
+        send(connection, RPCMessage::errorReply("null", RPCErrorObject::CALL_FAILED, error.what()));
+        return log(__LINE__, connection.getSocket(), "is answered with an error", error.what());
     }
-    if (!text.empty())
-        send(connection, std::move(text));
+    if (answer.isCutShort && !std::exchange(connection.toldBatch, true))
+        log(__LINE__, connection.getSocket(), "is not answered in full", "the answers to its batch are too long");
+    if (!answer.text.empty())
+        send(connection, std::move(answer.text));
 }
 
 std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage::Call& call)
@@ -256,27 +306,32 @@ std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage
 
 std::string RPCTransport::handleSubscription(RPCConnection& connection, const RPCMessage::Call& call)
 {
-    const IRPC::RPCSynchronousMethodObject request(call.interface, call.method, call.parameters, call.id);
     std::vector<std::string> patterns;
     try {
         patterns = RPCMessage::notificationPatterns(call.parameters);
     } catch (const SerialError& error) {
-        return RPCErrorObject(request, error.what(), RPCErrorObject::INVALID_PARAMETERS).serialize();
+        return RPCMessage::errorReply(call.id, RPCErrorObject::INVALID_PARAMETERS, error.what());
     }
-    std::lock_guard guard(connectionsMutex);
-    if (call.method == "rpc.unsubscribe")
-        connection.unsubscribe(patterns);
-    else if (!connection.subscribe(std::move(patterns)))
-        return RPCErrorObject(request, "too many subscriptions").serialize();
-    countSubscribers();
-    return IRPC::RPCReturnObject(request).serialize();
+    bool done = true;
+    {
+        std::lock_guard guard(connectionsMutex);
+        if (call.method == "rpc.unsubscribe")
+            connection.unsubscribe(patterns);
+        else
+            done = connection.subscribe(std::move(patterns));
+        countSubscribers();
+    }
+    if (done)
+        return RPCMessage::resultReply(call.id, "null");
+    if (!std::exchange(connection.toldPatterns, true))
+        log(__LINE__, connection.getSocket(), "is refused", "too many subscriptions");
+    return RPCMessage::errorReply(call.id, RPCErrorObject::CALL_FAILED, "too many subscriptions");
 }
 
 void RPCTransport::refuse(RPCConnection& connection, int code, const std::string& reason)
 {
-    corvaneDebugPrint(DEBUG_WARNING, "RPCServer", "RPCTransport", __LINE__, "%s: client %d is disconnected: %s\n",
-                      server.getName().c_str(), processOf(connection.getSocket()), reason.c_str());
     send(connection, RPCMessage::errorReply("null", code, reason));
+    log(__LINE__, connection.getSocket(), "is disconnected", reason.c_str());
     finish(connection);
 }
 
@@ -293,18 +348,14 @@ void RPCTransport::send(RPCConnection& connection, std::string text)
     text += '\n';
     const iovec whole = piece(text);
     std::lock_guard guard(connectionsMutex);
-    send(connection, &whole, 1);
-}
-
-void RPCTransport::send(RPCConnection& connection, const iovec* pieces, int count)
-{
-    connection.send(pieces, count);
+    connection.send(RPCConnection::Kind::ANSWER, &whole, 1);
     watch(connection);
 }
 
 void RPCTransport::watch(RPCConnection& connection)
 {
-    const std::uint32_t wanted = (connection.closing ? 0U : EPOLLIN) | (connection.hasOutput() ? EPOLLOUT : 0U);
+    const std::uint32_t input = connection.closing ? 0U : EPOLLIN;
+    const std::uint32_t wanted = connection.hasOutput() ? EPOLLOUT : input;
     if (connection.watched == wanted)
         return;
     connection.watched = wanted;
@@ -314,10 +365,7 @@ void RPCTransport::watch(RPCConnection& connection)
 
 void RPCTransport::drop(RPCConnection& connection)
 {
-    if (connection.getLoss() == RPCConnection::Loss::BEHIND)
-        corvaneDebugPrint(DEBUG_WARNING, "RPCServer", "RPCTransport", __LINE__,
-                          "%s: client %d is disconnected: it does not read what it is sent\n", server.getName().c_str(),
-                          processOf(connection.getSocket()));
+    std::lock_guard guard(connectionsMutex);
     connections.erase(connection.getSocket());
     countSubscribers();
 }
@@ -326,6 +374,12 @@ void RPCTransport::countSubscribers()
 {
     subscribers = static_cast<unsigned int>(std::count_if(
         connections.begin(), connections.end(), [](const auto& entry) { return entry.second->hasSubscriptions(); }));
+}
+
+void RPCTransport::log(int line, int socket, const char* event, const char* reason) const
+{
+    corvaneDebugPrint(DEBUG_WARNING, "RPCServer", "RPCTransport", line, "%s: client %d %s: %s\n",
+                      server.getName().c_str(), processOf(socket), event, reason);
 }
 
 } // namespace Corvane

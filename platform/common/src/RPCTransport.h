@@ -22,7 +22,10 @@ class RPCServer;
 
 /// The connections of a server and the thread that serves them.
 ///
-/// The thread sleeps until a client calls; it reads, lets the server handle the calls and sends the answers.
+/// The thread sleeps until a client calls; it reads, lets the server handle the calls and sends the answers. While
+/// output waits for a client, nothing further of that client is read or handled. What goes wrong while a client is
+/// served ends its connection at worst.
+///
 /// Notifications are sent by the threads that raise them. Two locks: `connectionsMutex` guards what is sent and who
 /// subscribed, and is never held while anything is called that could call back; `handlerMutex` is held while a message
 /// is handled.
@@ -48,10 +51,13 @@ public:
 
 private:
     int thread() override;
+    void step(int descriptor, std::uint32_t events);
+    void abandon(int descriptor, const char* reason);
     void accept();
     void acceptWithReserve();
     void turnAway(FileDescriptor socket, const char* reason);
     void serve(RPCConnection& connection, std::uint32_t events);
+    void resume(RPCConnection& connection);
     void read(RPCConnection& connection);
     void handleInput(RPCConnection& connection, std::string_view data);
     void handleMessage(RPCConnection& connection, std::string_view message);
@@ -60,9 +66,9 @@ private:
     void refuse(RPCConnection& connection, int code, const std::string& reason);
     void finish(RPCConnection& connection);
     void send(RPCConnection& connection, std::string text);
-    void send(RPCConnection& connection, const iovec* pieces, int count);
     void watch(RPCConnection& connection);
     void drop(RPCConnection& connection);
+    void log(int line, int socket, const char* event, const char* reason) const;
     void countSubscribers();
 
     RPCServer& server;

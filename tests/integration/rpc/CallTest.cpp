@@ -1,6 +1,8 @@
 #include "ServerFixture.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <support/CapturedOutput.h>
 
 namespace Corvane::Test
 {
@@ -73,7 +75,8 @@ TEST_F(RPCCall, ToAnUnknownInterfaceOrMethodIsAnError)
     RawClient client = connect();
     EXPECT_EQ(client.call(callOf("INone::echo")),
               R"({"jsonrpc":"2.0","id":1,"error":{"code":-32601,"message":"unknown interface"}})");
-    for (const std::string method : {"ITest::none", "ITest::", "echo", "", "rpc.none"})
+    for (const std::string method :
+         {"ITest::none", "ITest::", "echo", "", "rpc.none", "::", "::echo", "::rpc.subscribe", "::rpc.discover"})
         EXPECT_EQ(client.call(callOf(method)),
                   R"({"jsonrpc":"2.0","id":1,"error":{"code":-32601,"message":"unknown method"}})")
             << method;
@@ -121,6 +124,51 @@ TEST_F(RPCCall, WithParametersThatAreNoObjectIsRefused)
     EXPECT_EQ(server.counted, 0);
 }
 
+TEST_F(RPCCall, ThatIsFaultyIsAnsweredTheSameInWhateverOrderItsMembersStand)
+{
+    RawClient client = connect();
+    std::vector<std::string> members = {R"("id":{})", R"("jsonrpc":"2.0")", R"("method":"ITest::echo")",
+                                        R"("params":[1])"};
+    do {
+        const std::string call = "{" + members[0] + "," + members[1] + "," + members[2] + "," + members[3] + "}";
+        EXPECT_EQ(client.call(call), R"({"jsonrpc":"2.0","id":null,"error":{"code":-32600,)"
+                                     R"("message":"id: expected a number or a string"}})")
+            << call;
+    } while (std::next_permutation(members.begin(), members.end()));
+}
+
+TEST_F(RPCCall, TakesTheLastOfSeveralMembersOfOneName)
+{
+    RawClient client = connect();
+    const std::string echo = R"({"jsonrpc":"2.0","method":"ITest::echo","id":1,"params":{"text":"first","text":"a"})";
+    const std::string result = R"({"jsonrpc":"2.0","id":1,"result":"a"})";
+    EXPECT_EQ(
+        client.call(R"({"id":{},"id":7,"params":[1],"params":5,"jsonrpc":"1.0","method":5,)" + echo.substr(1) + "}"),
+        result);
+    EXPECT_EQ(json::parse(client.call(echo + R"(,"params":{"text":"b"}})"))["result"], "b");
+    EXPECT_EQ(json::parse(client.call(echo + R"(,"params":[1]})"))["error"]["code"], -32602);
+    EXPECT_EQ(client.call(echo + R"(,"id":"x"})"), R"({"jsonrpc":"2.0","id":"x","result":"a"})");
+    for (const std::string last : {R"("id":{})", R"("jsonrpc":2)", R"("method":null)"})
+        EXPECT_EQ(json::parse(client.call(echo + "," + last + "}"))["error"]["code"], -32600) << last;
+}
+
+TEST_F(RPCCall, WithANumberThatCannotBeRepresentedIsAnsweredWithItsIdWhereItHasOne)
+{
+    RawClient client = connect();
+    const auto answerTo = [](const std::string& id) {
+        return R"({"jsonrpc":"2.0","id":)" + id +
+               R"(,"error":{"code":-32700,"message":"a number is malformed or cannot be represented"}})";
+    };
+    for (const std::string id : {"7", R"("a\"}b")", "18446744073709551616", "-9223372036854775809", "1.5", "null"}) {
+        EXPECT_EQ(client.call(R"({"id": )" + id + R"( ,"params":{"id":9,"x":[1e400]},"method":"x"})"), answerTo(id));
+        EXPECT_EQ(client.call(R"( {"params":{"x":{"id":9}},"x":-1e400,"id":[],"id":)" + id + "}"), answerTo(id));
+    }
+    for (const std::string call :
+         {R"({"id":1e400})", R"({"id":018})", R"({"id":-,"x":1e400})", R"({"x":1e400})", R"({"id":{"a":1e400}})",
+          R"({"id":[1],"x":1e400})", R"([{"id":1,"x":1e400}])", R"({"x":1e400,"id":"\x"})", "1e400"})
+        EXPECT_EQ(client.call(call), answerTo("null")) << call;
+}
+
 TEST_F(RPCCall, BatchIsAnsweredInOneMessageWithoutThoseThatWantNoAnswer)
 {
     const json answer = json::parse(connect().call(
@@ -165,12 +213,24 @@ TEST_F(RPCCall, ClientThatEndsItsInputStillGetsItsAnswers)
     EXPECT_TRUE(client.awaitEnd());
 }
 
+TEST_F(RPCCall, TextInALastLineWithoutEndIsDroppedWithALineInTheLog)
+{
+    CapturedOutput log;
+    RawClient client = connect();
+    client.send(callOf("ITest::count") + "\n" + callOf("ITest::count"));
+    client.endInput();
+    EXPECT_TRUE(client.awaitEnd());
+    EXPECT_EQ(server.counted, 1);
+    ASSERT_EQ(log.getMessages().size(), 1U);
+    EXPECT_THAT(log.getMessages()[0], testing::HasSubstr("its last message has no end and is dropped"));
+}
+
 TEST_F(RPCCall, DiscoverDescribesMethodsAndNotifications)
 {
     const json document = json::parse(connect().call(callOf("rpc.discover")))["result"];
     EXPECT_EQ(document["openrpc"], "1.2.6");
     EXPECT_EQ(document["info"]["title"], "TEST");
-    ASSERT_EQ(document["methods"].size(), 8U);
+    ASSERT_EQ(document["methods"].size(), 9U);
     const json echo = document["methods"][1];
     EXPECT_EQ(echo["name"], "ITest::echo");
     EXPECT_EQ(echo["summary"], "Gives a text back");

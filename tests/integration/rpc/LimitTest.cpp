@@ -99,26 +99,79 @@ TEST_F(RPCLimit, SubscriberThatDoesNotReadIsDroppedAloneAndTheServerWaitsForNobo
     EXPECT_THAT(log.getMessages()[0], testing::HasSubstr("does not read"));
 }
 
-TEST_F(RPCLimit, ClientThatCallsAndNeverReadsIsDroppedAlone)
+std::string subscriptionTo(const std::string& patterns)
 {
-    const std::string echo =
-        R"({"jsonrpc":"2.0","id":1,"method":"ITest::echo","params":{"text":")" + std::string(100'000, 'x') + "\"}}\n";
-    RawClient greedy = connect();
-    for (int i = 0; i < 30; ++i)
-        greedy.send(echo);
-    EXPECT_TRUE(greedy.awaitEnd());
-    EXPECT_EQ(connect().call(COUNT_CALL), COUNT_ANSWER);
+    return R"({"jsonrpc":"2.0","id":1,"method":"rpc.subscribe","params":{"notifications":[)" + patterns + "]}}";
 }
 
-TEST_F(RPCLimit, TooManySubscriptionsAreRefused)
+/// @return as many patterns, each of another name
+std::string patternsUpTo(int count)
+{
+    std::string patterns = "\"a0\"";
+    for (int i = 1; i < count; ++i)
+        patterns += ",\"a" + std::to_string(i) + "\"";
+    return patterns;
+}
+
+constexpr char TOO_MANY_SUBSCRIPTIONS[] =
+    R"({"jsonrpc":"2.0","id":1,"error":{"code":-32000,"message":"too many subscriptions"}})";
+
+TEST_F(RPCLimit, TooManySubscriptionsAreRefusedAndLoggedOnce)
+{
+    CapturedOutput log;
+    RawClient client = connect();
+    EXPECT_EQ(client.call(subscriptionTo(patternsUpTo(257))), TOO_MANY_SUBSCRIPTIONS);
+    server.handleRPCNotification("a1", "1");
+    EXPECT_EQ(client.call(subscriptionTo(patternsUpTo(256))), COUNT_ANSWER); // nothing of the first one was taken
+    EXPECT_EQ(client.call(subscriptionTo("\"b\"")), TOO_MANY_SUBSCRIPTIONS);
+    ASSERT_EQ(log.getMessages().size(), 1U);
+    EXPECT_THAT(log.getMessages()[0], testing::HasSubstr("too many subscriptions"));
+}
+
+TEST_F(RPCLimit, SubscribingAgainIsNoFurtherSubscription)
 {
     RawClient client = connect();
-    std::string patterns = "\"a\"";
-    for (int i = 0; i < 256; ++i)
-        patterns += ",\"a" + std::to_string(i) + "\"";
-    EXPECT_EQ(client.call(R"({"jsonrpc":"2.0","id":1,"method":"rpc.subscribe","params":{"notifications":[)" + patterns +
-                          "]}}"),
-              R"({"jsonrpc":"2.0","id":1,"error":{"code":-32000,"message":"too many subscriptions"}})");
+    EXPECT_EQ(client.call(subscriptionTo(patternsUpTo(256))), COUNT_ANSWER);
+    EXPECT_EQ(client.call(subscriptionTo(patternsUpTo(256))), COUNT_ANSWER);
+    EXPECT_EQ(client.call(subscriptionTo("\"a7\",\"a7\"")), COUNT_ANSWER);
+    EXPECT_EQ(connect().call(subscriptionTo(patternsUpTo(256) + "," + patternsUpTo(256))), COUNT_ANSWER);
+}
+
+/// @return a batch of `count` calls that are each answered with 10,000 bytes
+std::string batchOfLongAnswers(int count)
+{
+    const std::string call =
+        R"({"jsonrpc":"2.0","id":1,"method":"ITest::repeat","params":{"times":1000,"text":"0123456789"}})";
+    std::string batch = "[" + call;
+    for (int i = 1; i < count; ++i)
+        batch += "," + call;
+    return batch + R"(,{"jsonrpc":"2.0","id":1,"method":"ITest::count"}])";
+}
+
+TEST_F(RPCLimit, BatchIsNotCarriedOutFurtherOnceItsAnswersAreTooLong)
+{
+    CapturedOutput log;
+    RawClient client = connect();
+    const std::string tooLong =
+        R"({"jsonrpc":"2.0","id":null,"error":{"code":-32000,"message":"the answers are too long"}}])";
+
+    EXPECT_THAT(client.call(batchOfLongAnswers(100)), testing::EndsWith(std::string(COUNT_ANSWER) + "]"));
+    EXPECT_EQ(server.counted, 1);
+    const std::string answer = client.call(batchOfLongAnswers(200));
+    EXPECT_THAT(answer, testing::EndsWith(tooLong));
+    EXPECT_GT(answer.size(), 1024 * 1024U);
+    EXPECT_LT(answer.size(), 1024 * 1024U + 20'000);
+    EXPECT_EQ(server.counted, 1);
+    EXPECT_THAT(client.call(batchOfLongAnswers(200)), testing::EndsWith(tooLong));
+    EXPECT_EQ(log.getMessages().size(), 1U);
+}
+
+TEST_F(RPCLimit, BatchOfWhatIsNoCallIsNotAnsweredWithoutEnd)
+{
+    std::string batch = "[1";
+    for (int i = 0; i < 500'000; ++i)
+        batch += ",1";
+    EXPECT_LT(connect().call(batch + "]").size(), 1024 * 1024U + 1000);
 }
 
 #ifndef SANITIZER_NEEDS_DESCRIPTORS

@@ -50,6 +50,15 @@ TEST_F(RPCNotification, ComesOnceHoweverManyPatternsMatch)
     EXPECT_EQ(client.receiveLine(), ringOf(2));
 }
 
+TEST_F(RPCNotification, IsForTheLastOfSeveralListsOfPatterns)
+{
+    RawClient client = connect();
+    subscribe(client, R"(5,"notifications":["ITest::onOther"],"notifications":["ITest::onRing"])");
+    server.handleRPCNotification("ITest::onOther", "1");
+    server.notifyRing(1);
+    EXPECT_EQ(client.receiveLine(), ringOf(1));
+}
+
 TEST_F(RPCNotification, EndsWithTheUnsubscription)
 {
     RawClient client = connect();

@@ -61,6 +61,12 @@ std::optional<std::string> RawClient::receiveLine()
     }
 }
 
+bool RawClient::awaitInput()
+{
+    char byte{};
+    return recv(socket.get(), &byte, 1, MSG_PEEK) == 1;
+}
+
 std::string RawClient::call(std::string_view message)
 {
     send(std::string(message) + "\n");

@@ -22,6 +22,8 @@ public:
     void endInput();
     /// @return the next line without its line feed; nothing when the server closed the connection or nothing came
     std::optional<std::string> receiveLine();
+    /// Waits until there is something to read, and leaves it where it is. @return false when nothing came
+    bool awaitInput();
     /// @return the line that answers `message`
     std::string call(std::string_view message);
     /// @return whether the server closed the connection, after everything it had sent was read

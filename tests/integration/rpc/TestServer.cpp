@@ -20,6 +20,7 @@ constexpr RPCNotificationDescription NOTIFICATIONS[] = {{"ITest::onRing", "Someb
 TestServer::TestServer(const char* name) : RPCServer(name)
 {
     interfaces["ITest"] = {{"echo", static_cast<Handler>(&TestServer::echo)},
+                           {"repeat", static_cast<Handler>(&TestServer::repeat)},
                            {"writeOnSeveralLines", static_cast<Handler>(&TestServer::writeOnSeveralLines)},
                            {"count", static_cast<Handler>(&TestServer::count)},
                            {"ring", static_cast<Handler>(&TestServer::ring)},
@@ -40,6 +41,16 @@ std::string TestServer::echo(const IRPC::RPCSynchronousMethodObject& request)
 {
     Deserializer parameters(request.getParameters());
     return IRPC::RPCResultObject(request, StringObject(deserialize<std::string>("text", parameters))).serialize();
+}
+
+std::string TestServer::repeat(const IRPC::RPCSynchronousMethodObject& request)
+{
+    Deserializer parameters(request.getParameters());
+    const auto text = deserialize<std::string>("text", parameters);
+    std::string whole;
+    for (auto times = deserialize<unsigned int>("times", parameters); times > 0; --times)
+        whole += text;
+    return IRPC::RPCResultObject(request, StringObject(whole)).serialize();
 }
 
 std::string TestServer::writeOnSeveralLines(const IRPC::RPCSynchronousMethodObject& request)

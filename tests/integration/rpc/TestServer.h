@@ -17,6 +17,8 @@ public:
 
     /// Answers with the member "text" of the parameters.
     std::string echo(const IRPC::RPCSynchronousMethodObject& request);
+    /// Answers with the member "text" of the parameters, "times" times.
+    std::string repeat(const IRPC::RPCSynchronousMethodObject& request);
     /// Answers with a text that is written on several lines.
     std::string writeOnSeveralLines(const IRPC::RPCSynchronousMethodObject& request);
     /// Counts, and answers with nothing.

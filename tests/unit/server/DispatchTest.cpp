@@ -126,4 +126,20 @@ TEST_F(Dispatch, AnswersTheTextOfACall)
     EXPECT_EQ(window.getOpacity(), 9U);
 }
 
+TEST_F(Dispatch, DoesNotLookAtTheParametersOfAMethodThatTakesNone)
+{
+    const auto answerTo = [this](const std::string& method, const std::string& parameters) {
+        return windowServer.handleRPCSynchronousMethodPayload(R"({"jsonrpc":"2.0","id":17,"method":"IWindow::)" +
+                                                              method + R"(","params":)" + parameters + "}");
+    };
+    for (const char* parameters : {"[1]", "5", "\"x\"", "null", "true", "{}", R"({"x":1})"}) {
+        for (const Method& method : STACKING_METHODS)
+            EXPECT_EQ(answerTo(method.name, parameters), resultText("null")) << parameters;
+        EXPECT_EQ(answerTo("isFocused", parameters), resultText("false")) << parameters;
+    }
+    for (const char* parameters : {"[1]", "5", "\"x\"", "null", "true"})
+        EXPECT_EQ(answerTo("setOpacity", parameters),
+                  R"({"jsonrpc":"2.0","id":17,"error":{"code":-32602,"message":"params: expected an object"}})");
+}
+
 } // namespace Corvane::Test

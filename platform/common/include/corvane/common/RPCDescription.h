@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <string_view>
 
@@ -31,6 +32,15 @@ struct RPCNotificationDescription {
 struct RPCServerDescription {
     std::span<const RPCMethodDescription> methods;
     std::span<const RPCNotificationDescription> notifications;
+
+    /// @return what is told of a method; null when nothing is
+    const RPCMethodDescription* find(std::string_view interface, std::string_view method) const
+    {
+        const auto found = std::find_if(methods.begin(), methods.end(), [&](const RPCMethodDescription& candidate) {
+            return candidate.interface == interface && candidate.method == method;
+        });
+        return found == methods.end() ? nullptr : &*found;
+    }
 };
 
 } // namespace Corvane

@@ -1,0 +1,55 @@
+#include "RawClient.h"
+
+#include <corvane/common/RPCServer.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <support/ChildProcess.h>
+#include <support/TemporaryDirectory.h>
+
+/// A server whose process may have little memory, and clients that want a lot of it.
+namespace Corvane::Test
+{
+
+namespace
+{
+
+class RPCSmallProcess : public testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(process.awaitOutput("ready")); }
+    RawClient connect() { return RawClient(runtime.directory.getPath() + "/TEST.sock"); }
+
+    TemporaryRuntime runtime;
+    ChildProcess process{{SMALL_SERVER, "160"}};
+};
+
+TEST_F(RPCSmallProcess, SurvivesBatchesWhoseAnswersWouldFillIt)
+{
+    std::string batch = R"([{"jsonrpc":"2.0","id":1,"method":"rpc.discover"})";
+    for (int i = 1; i < 21'000; ++i)
+        batch += R"(,{"jsonrpc":"2.0","id":1,"method":"rpc.discover"})";
+    std::vector<RawClient> clients;
+    for (int i = 0; i < 40; ++i)
+        clients.push_back(connect());
+    for (RawClient& client : clients)
+        client.send(batch + "]\n");
+    for (RawClient& client : clients)
+        EXPECT_THAT(client.receiveLine().value_or("nothing"), testing::EndsWith("the answers are too long\"}}]"));
+    EXPECT_EQ(connect().call(R"({"jsonrpc":"2.0","id":1,"method":"ITest::count"})"),
+              R"({"jsonrpc":"2.0","id":1,"result":null})");
+}
+
+TEST_F(RPCSmallProcess, SurvivesAnswersThatDoNotFit)
+{
+    RawClient greedy = connect();
+    EXPECT_THAT(
+        greedy.call(
+            R"({"jsonrpc":"2.0","id":7,"method":"ITest::repeat","params":{"text":"0123456789","times":20000000}})"),
+        testing::HasSubstr(R"("id":7,"error":{"code":-32000,)"));
+    EXPECT_EQ(greedy.call(R"({"jsonrpc":"2.0","id":1,"method":"ITest::count"})"),
+              R"({"jsonrpc":"2.0","id":1,"result":null})");
+}
+
+} // namespace
+
+} // namespace Corvane::Test
