@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
+#include <new>
 
 namespace Corvane
 {
@@ -24,7 +25,7 @@ struct JsonText::Reader {
         if (parser.capacity() <= LARGEST_KEPT && input.capacity() <= 2 * LARGEST_KEPT)
             return;
         parser = simdjson::dom::parser();
-        input = std::string();
+        std::string().swap(input); // an assignment would keep the memory
     }
 
     simdjson::dom::parser parser;
@@ -32,7 +33,12 @@ struct JsonText::Reader {
     std::size_t length = 0;
 
     static SlotPool<Reader> pool;
-    [[gnu::constructor]] static void fillPool() { pool.fill(); }
+    [[gnu::constructor]] static void fillPool()
+    {
+        pool.fill();
+        // The parser chooses its implementation when it is first asked, and does not survive a lack of memory then.
+        simdjson::get_active_implementation()->name();
+    }
 };
 
 constinit SlotPool<JsonText::Reader> JsonText::Reader::pool;
@@ -45,7 +51,7 @@ simdjson::error_code JsonText::Reader::reserve(std::size_t wanted)
     simdjson::error_code error = parser.allocate(capacity, DEPTH_LIMIT);
     if (error == simdjson::SUCCESS)
         error = parser.doc.allocate(capacity);
-    // A parser that got part of its memory only would take every further text for nested too deep.
+    // A parser that got part of its memory only is not fit for any further text.
     if (error != simdjson::SUCCESS)
         parser = simdjson::dom::parser();
     return error;
@@ -85,7 +91,6 @@ const char* describe(simdjson::error_code error)
         return "a string has a control character that is not escaped";
     case simdjson::UNCLOSED_STRING:
         return "a string is not closed";
-    case simdjson::MEMALLOC:
     case simdjson::CAPACITY:
         return "the text is too long for this machine";
     default:
@@ -100,6 +105,8 @@ JsonText::JsonText(std::string_view text) : reader(Reader::pool.claim())
     const simdjson::error_code error = reader->parse(text, rootElement);
     if (error == simdjson::SUCCESS)
         return;
+    if (error == simdjson::MEMALLOC)
+        throw std::bad_alloc();
     if (error == simdjson::DEPTH_ERROR)
         throw NestingError(describe(error));
     if (error == simdjson::NUMBER_ERROR)

@@ -35,7 +35,7 @@ class JsonText
 {
 public:
     /// @throws SerialError  with what is wrong with the text; NestingError when that is its depth, NumberError
-    /// when it is a number in it
+    /// when it is a number in it; std::bad_alloc
     explicit JsonText(std::string_view text);
 
     simdjson::dom::element root() const { return rootElement; }

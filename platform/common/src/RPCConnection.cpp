@@ -102,7 +102,8 @@ void RPCConnection::flush() noexcept
 void RPCConnection::compact()
 {
     if (sent == output.size()) {
-        output = std::string(); // gives the memory back: a client that reads in time needs none
+        // Gives the memory back, which an assignment would keep: a client that reads in time needs none.
+        std::string().swap(output);
         waits = false;
     } else {
         output.erase(0, sent);

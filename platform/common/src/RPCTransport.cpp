@@ -274,21 +274,24 @@ void RPCTransport::handleMessage(RPCConnection& connection, std::string_view mes
 {
     if (message.size() > RPCMessage::SIZE_LIMIT)
         return refuse(connection, RPCErrorObject::INVALID_REQUEST, "the message is longer than 1048576 bytes");
-    RPCMessage::Answer answer;
     try {
-        std::lock_guard guard(handlerMutex);
-        answer =
-            RPCMessage::answer(message, [&](const RPCMessage::Call& call) { return handleCall(connection, call); });
+        RPCMessage::Answer answer = answerMessage(connection, message);
+        if (answer.isCutShort && !std::exchange(connection.toldBatch, true))
+            log(__LINE__, connection.getSocket(), "is not answered in full", "the answers to its batch are too long");
+        if (!answer.text.empty())
+            send(connection, std::move(answer.text));
     } catch (const NestingError& error) {
-        return refuse(connection, RPCErrorObject::PARSE_ERROR, error.what());
+        refuse(connection, RPCErrorObject::PARSE_ERROR, error.what());
     } catch (const std::exception& error) {
         send(connection, RPCMessage::errorReply("null", RPCErrorObject::CALL_FAILED, error.what()));
-        return log(__LINE__, connection.getSocket(), "is answered with an error", error.what());
+        log(__LINE__, connection.getSocket(), "is answered with an error", error.what());
     }
-    if (answer.isCutShort && !std::exchange(connection.toldBatch, true))
-        log(__LINE__, connection.getSocket(), "is not answered in full", "the answers to its batch are too long");
-    if (!answer.text.empty())
-        send(connection, std::move(answer.text));
+}
+
+RPCMessage::Answer RPCTransport::answerMessage(RPCConnection& connection, std::string_view message)
+{
+    std::lock_guard guard(handlerMutex);
+    return RPCMessage::answer(message, [&](const RPCMessage::Call& call) { return handleCall(connection, call); });
 }
 
 std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage::Call& call)

@@ -61,6 +61,7 @@ private:
     void read(RPCConnection& connection);
     void handleInput(RPCConnection& connection, std::string_view data);
     void handleMessage(RPCConnection& connection, std::string_view message);
+    RPCMessage::Answer answerMessage(RPCConnection& connection, std::string_view message);
     std::string handleCall(RPCConnection& connection, const RPCMessage::Call& call);
     std::string handleSubscription(RPCConnection& connection, const RPCMessage::Call& call);
     void refuse(RPCConnection& connection, int code, const std::string& reason);

@@ -128,7 +128,7 @@ TEST_F(RPCBackPressure, MoreNotificationsThanThatDisconnectAlsoBehindAnAnswer)
     const std::string payload = "\"" + std::string(100'000, 'x') + "\"";
     for (int i = 0; i < 11; ++i)
         server.handleRPCNotification("ITest::onText", payload);
-    EXPECT_TRUE(await([&] { return !log.getMessages().empty(); }));
+    ASSERT_TRUE(await([&] { return !log.getMessages().empty(); }));
     EXPECT_THAT(log.getMessages()[0], testing::HasSubstr("does not read"));
     EXPECT_TRUE(client.awaitEnd());
     letTheServerGoOn();

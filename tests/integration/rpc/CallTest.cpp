@@ -93,6 +93,15 @@ TEST_F(RPCCall, ThatThrowsIsAnErrorWithTheExceptionsText)
               R"({"jsonrpc":"2.0","id":1,"error":{"code":-32000,"message":"text: missing"}})");
 }
 
+TEST(RPCDispatch, OfADerivedClassThatThrowsIsAnError)
+{
+    struct Derived : TestServer {
+        std::string handleRPCSynchronousMethod(const IRPC::RPCSynchronousMethodObject&) override { throw 1; }
+    } server;
+    EXPECT_EQ(server.handleRPCSynchronousMethodPayload(callOf("ITest::count")),
+              R"({"jsonrpc":"2.0","id":1,"error":{"code":-32000,"message":"unknown"}})");
+}
+
 TEST_F(RPCCall, TextThatIsNoJsonIsAnsweredAndTheConnectionLivesOn)
 {
     RawClient client = connect();

@@ -39,6 +39,17 @@ TEST_F(RPCSmallProcess, SurvivesBatchesWhoseAnswersWouldFillIt)
               R"({"jsonrpc":"2.0","id":1,"result":null})");
 }
 
+TEST_F(RPCSmallProcess, KeepsNothingOfAnswersThatWereFetched)
+{
+    std::vector<RawClient> clients;
+    for (int i = 0; i < 30; ++i) {
+        clients.push_back(connect());
+        const std::string answer = clients.back().call(
+            R"({"jsonrpc":"2.0","id":7,"method":"ITest::repeat","params":{"text":"0123456789","times":1000000}})");
+        ASSERT_GT(answer.size(), 10'000'000U) << answer;
+    }
+}
+
 TEST_F(RPCSmallProcess, SurvivesAnswersThatDoNotFit)
 {
     RawClient greedy = connect();

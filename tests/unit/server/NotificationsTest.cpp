@@ -135,6 +135,7 @@ TEST_F(Notifications, AllocateNoMemory)
     OpenServer server(&window);
     const std::string uid = "0123456789abcdef0123456789abcdef";
     const Rect rect(1, 2, 3, 4);
+    const std::string longestState(255, '\x01'); // each of its bytes escaped
     // Whatever is made ready on first use is ready then.
     server.onKeepAlive(uid, ILifecycleManagement::STATE_RUNNING);
 
@@ -145,7 +146,7 @@ TEST_F(Notifications, AllocateNoMemory)
     server.onOpacityChange(uid, 1U, 2U);
     server.onZOrderChange(uid, 1U, 2U);
     server.onLocationChange(uid, rect, rect);
-    server.onStateChange(uid, ILifecycleManagement::STATE_RUNNING, ILifecycleManagement::STATE_ABORTED);
+    server.onStateChange(uid, longestState, ILifecycleManagement::STATE_ABORTED);
     EXPECT_EQ(countAllocations(), before);
 
     journal.add(uid);
