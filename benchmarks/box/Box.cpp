@@ -4,13 +4,9 @@
 #include <corvane/foundation/Deserializer.h>
 #include <corvane/foundation/Serializer.h>
 #include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
-#include <filesystem>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace Corvane::Benchmark
 {
@@ -20,23 +16,6 @@ namespace
 
 /// How long anything may take; only what is broken ever takes that long.
 constexpr std::chrono::seconds DEADLINE{20};
-
-/// Starts a program that prints into nothing.
-pid_t start(const std::vector<std::string>& words)
-{
-    std::vector<char*> arguments;
-    for (const std::string& word : words)
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    const pid_t pid = fork();
-    if (pid != 0)
-        return pid;
-    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        dup2(nothing, stream);
-    execv(arguments.front(), arguments.data());
-    _exit(127);
-}
 
 void endChild(pid_t pid)
 {
@@ -48,13 +27,8 @@ void endChild(pid_t pid)
 
 Box::Box()
 {
-    char name[] = "/tmp/corvane-XXXXXX";
-    if (mkdtemp(name) == nullptr)
-        throw std::runtime_error("cannot create a folder");
-    folder = name;
-    setenv("CORVANE_RUNTIME_DIR", folder.c_str(), 1);
-    setenv("CORVANE_DEBUG_LEVEL", "1", 1);
-    manager = start({PROCMAND, "--compositor", "memory", "--state-folder", folder + "/state"});
+    manager.emplace(
+        std::vector<std::string>{PROCMAND, "--compositor", "memory", "--state-folder", folder.getPath() + "/state"});
     const auto deadline = Clock::now() + DEADLINE;
     for (std::vector<std::string> servers; std::find(servers.begin(), servers.end(), "ORU") == servers.end();
          servers = RPCClient::listServers()) {
@@ -69,11 +43,9 @@ Box::Box()
 Box::~Box()
 {
     client.reset();
-    endChild(manager); // first, so that it starts nothing any more
+    manager.reset(); // first, so that it starts nothing any more
     for (const auto& [uid, pid] : processes)
         endChild(pid);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
 }
 
 std::string Box::launch()
@@ -89,9 +61,10 @@ std::string Box::launch()
 
 void Box::startBare(const std::string& uid)
 {
-    const pid_t pid = start({BOX_WINDOW, "--application-type=benchmark", "--authorization-token=" + uid});
+    Process process(
+        std::vector<std::string>{BOX_WINDOW, "--application-type=benchmark", "--authorization-token=" + uid});
     std::lock_guard guard(mutex);
-    processes[uid] = pid;
+    processes[uid] = process.release();
 }
 
 Clock::time_point Box::awaitKeepAlive(const std::string& uid)
@@ -114,6 +87,18 @@ void Box::end(const std::string& uid)
     processes.erase(uid);
 }
 
+long Box::countKeepAlives()
+{
+    std::lock_guard guard(mutex);
+    return allKeepAlives;
+}
+
+double Box::timeCall(const std::string& method, const std::string& parameters)
+{
+    constexpr int TIMES = 200;
+    return timeEach(TIMES, [&] { client->call(method, parameters); });
+}
+
 void Box::hear(const std::string& name, const std::string& payload)
 {
     const auto now = Clock::now();
@@ -124,6 +109,7 @@ void Box::hear(const std::string& name, const std::string& payload)
     const std::string uid = deserializer.readString("uid");
     {
         std::lock_guard guard(mutex);
+        allKeepAlives += name == "IApplication::onKeepAlive" ? 1 : 0;
         if (isLaunch)
             processes[uid] = deserialize<int>("pid", deserializer);
         else

@@ -1,19 +1,18 @@
 #pragma once
 
-#include <chrono>
+#include <Process.h>
+#include <Rounds.h>
 #include <condition_variable>
 #include <corvane/common/RPCClient.h>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <sys/types.h>
-#include <vector>
 
 namespace Corvane::Benchmark
 {
-
-using Clock = std::chrono::steady_clock;
 
 /// A process manager in folders of its own, and a connection that hears everything in the box.
 class Box
@@ -34,18 +33,24 @@ public:
     /// Kills an application and waits until the process manager has taken note.
     void end(const std::string& uid);
 
-    pid_t getManager() const { return manager; }
+    /// @return how many keep-alives of all applications came so far
+    long countKeepAlives();
+    /// @return microseconds that a call of the process manager takes, the median of some
+    double timeCall(const std::string& method, const std::string& parameters = "{}");
+
+    pid_t getManager() const { return manager->getId(); }
 
 private:
     void hear(const std::string& name, const std::string& payload);
     void await(const std::string& what, const std::string& uid, std::map<std::string, Clock::time_point>& seen);
 
-    std::string folder;
-    pid_t manager = 0;
+    RuntimeFolder folder;
+    std::optional<Process> manager;
     std::mutex mutex; ///< guards what follows
     std::condition_variable heard;
-    std::map<std::string, pid_t> processes; ///< by uid; those that have not been ended
-    std::map<std::string, Clock::time_point> keepAlives;
+    std::map<std::string, pid_t> processes;              ///< by uid; those that have not been ended
+    std::map<std::string, Clock::time_point> keepAlives; ///< the first ones
+    long allKeepAlives = 0;
     std::map<std::string, Clock::time_point> ends;
     /// Last, so that it goes first: its thread uses the rest.
     std::unique_ptr<RPCClient> client;

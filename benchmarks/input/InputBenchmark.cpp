@@ -1,6 +1,6 @@
 #include "Readers.h"
 
-#include <cstdio>
+#include <Process.h>
 #include <filesystem>
 #include <fstream>
 
@@ -10,9 +10,12 @@ namespace
 using namespace Corvane;
 using namespace Corvane::Benchmark;
 
-constexpr int ROUNDS = 15;
-constexpr int PRESSES = 100;
+constexpr int ROUNDS = 25;
+constexpr int EVENTS = 200;
 constexpr std::chrono::seconds IDLE_TIME{10};
+constexpr std::chrono::seconds QUICK_IDLE_TIME{1};
+/// Microseconds that the driver may take more than a bare reader.
+constexpr double GOAL = 3;
 
 /// What the threads of the driver have used so far.
 struct Usage {
@@ -48,31 +51,44 @@ Usage readUsage()
     return usage;
 }
 
-void measureLatency()
+void awaitOpen(const Test::MockDevice& device)
+{
+    while (!device.isOpen())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+std::vector<Figure> measureLatency(const Options& options)
 {
     Test::MockMachine machine;
-    // The bare reader's device is a like one that the driver leaves alone.
-    Test::DeviceSpecification likeTheRemote = Test::infrared();
-    likeTheRemote.isReceiver = false;
-    likeTheRemote.properties = {{"ID_INPUT", "1"}};
-    Test::MockDevice bareDevice(machine, likeTheRemote);
-    Test::MockDevice remote(machine, Test::infrared());
+    // The bare reader's device is one that the driver leaves alone.
+    Test::DeviceSpecification likeAMouse = Test::mouse();
+    likeAMouse.properties = {{"ID_INPUT", "1"}};
+    Test::MockDevice bareDevice(machine, likeAMouse);
+    Test::MockDevice mouse(machine, Test::mouse());
     BareReader bare(bareDevice.getNode());
     DriverReader driver;
-    const auto takeTurns = [&](int presses) {
-        bare.measureRound(bareDevice, presses);
-        driver.measureRound(remote, presses);
-    };
-    for (int i = 0; i < ROUNDS; ++i)
-        takeTurns(PRESSES);
-    const double medians[] = {bare.getQuantile(0.5), driver.getQuantile(0.5)};
-    const double tails[] = {bare.getQuantile(0.99), driver.getQuantile(0.99)};
-    std::printf("reader  median us   p99 us\nbare    %9.1f  %7.1f\ndriver  %9.1f  %7.1f\nratio   %9.2f  %7.2f\n",
-                medians[0], tails[0], medians[1], tails[1], medians[1] / medians[0], tails[1] / tails[0]);
+    awaitOpen(mouse);
+    const auto move = [](Test::MockDevice& device) { return [&device] { device.report({{EV_REL, REL_X, 1}}); }; };
+    const auto moved = std::make_shared<const IWindowEvent::MouseEvent>(IWindowEvent::MouseEvent::Buttons(),
+                                                                        IWindowEvent::MouseEvent::Movement(1, 0, 0));
+    const auto inject = [&] { driver.getDriver().injectInputEvent(moved, 0); };
+    const std::vector<Series> series =
+        takeTurns(options.rounds(ROUNDS), {[&] { return bare.measureRound(move(bareDevice), EVENTS); },
+                                           [&] { return driver.measureRound(move(mouse), EVENTS); },
+                                           [&] { return driver.measureRound(inject, EVENTS); }});
+    Series differences;
+    for (std::size_t i = 0; i < series[0].size(); ++i)
+        differences.push_back(series[1][i] - series[0][i]);
+    return {compare("mouse moved to handleEvent", "us", series[1], series[0]),
+            {.name = "of it more than a bare reader",
+             .value = median(differences),
+             .unit = "us",
+             .goal = Goal::valueAtMost(GOAL)},
+            {.name = "event injected to handleEvent", .value = median(series[2]), .unit = "us"}};
 }
 
 /// A driver with everything enabled and open, on a machine where nothing happens.
-void measureIdling()
+std::vector<Figure> measureIdling(const Options& options)
 {
     Test::MockMachine machine;
     Test::MockDevice mouse(machine, Test::mouse());
@@ -84,26 +100,34 @@ void measureIdling()
     driver.enableKeyboard();
     driver.enableIr();
     driver.start();
-    while (!mouse.isOpen() || !keyboard.isOpen() || !remote.isOpen())
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    for (const Test::MockDevice* device : {&mouse, &keyboard, &remote})
+        awaitOpen(*device);
     std::this_thread::sleep_for(std::chrono::seconds(1));
     const Usage before = readUsage();
-    std::this_thread::sleep_for(IDLE_TIME);
+    std::this_thread::sleep_for(options.isQuick ? QUICK_IDLE_TIME : IDLE_TIME);
     const Usage after = readUsage();
-    std::printf("idle    %ld wake-ups and %ld ns of processor in %ld s\n", after.sleeps - before.sleeps,
-                after.processor - before.processor, static_cast<long>(IDLE_TIME.count()));
+    return {{.name = "wake-ups of an idle driver", .value = double(after.sleeps - before.sleeps), .unit = ""},
+            {.name = "processor of an idle driver", .value = double(after.processor - before.processor), .unit = "ns"}};
+}
+
+std::vector<Figure> measure(const Options& options)
+{
+    stayOnOneCore();
+    std::vector<Figure> figures = measureLatency(options);
+    for (Figure& figure : measureIdling(options))
+        figures.push_back(std::move(figure));
+    return figures;
 }
 
 } // namespace
 
-int main(int argc, char**)
+int main(int argc, char** argv)
 {
-    if (argc > 1) {
-        std::puts("benchmark-input: from the write into a mock device to the listener, against a bare libevdev reader "
-                  "of a device like it.\nBoth read in this process, in turns; then the driver idles for ten seconds.");
-        return 0;
-    }
-    measureLatency();
-    measureIdling();
-    return 0;
+    return runBenchmark(
+        argc, argv,
+        "From the write into the node of a mock mouse to IWindow::handleEvent, against a bare libevdev reader of a "
+        "mouse\n"
+        "like it. Both read in this process, in turns, on one core; both read the node itself. The second way begins\n"
+        "with injectInputEvent() of the driver. Then the driver idles for ten seconds.",
+        measure);
 }

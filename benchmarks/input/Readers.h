@@ -1,19 +1,18 @@
 #pragma once
 
 #include <MockDevice.h>
-#include <chrono>
+#include <Rounds.h>
+#include <corvane/Window.h>
 #include <corvane/input/MultiInputDriver.h>
+#include <functional>
 #include <semaphore>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace Corvane::Benchmark
 {
 
-using Clock = std::chrono::steady_clock;
-
-/// When the event that was written last arrived, told by the thread that read it.
+/// When the event that was made last arrived, told by the thread that got it.
 class Arrival
 {
 public:
@@ -33,23 +32,17 @@ private:
     std::binary_semaphore arrived{0};
 };
 
-/// Something that reads a device on a thread of its own.
+/// Something that gets events on a thread of its own.
 class Reader
 {
 public:
     virtual ~Reader() = default;
 
-    /// Presses and releases keys on the device, one after the other, and keeps how long each took to arrive.
-    void measureRound(Test::MockDevice& device, int presses);
-    /// @param share  0.5 for the median
-    /// @return microseconds
-    double getQuantile(double share) const;
+    /// Makes events one after the other. @return microseconds until one arrives, the median
+    double measureRound(const std::function<void()>& makeEvent, int events);
 
 protected:
     Arrival arrival;
-
-private:
-    std::vector<double> latencies;
 };
 
 /// The least that a reader does: a thread that sleeps in epoll_wait, and libevdev.
@@ -67,16 +60,21 @@ private:
     std::thread thread;
 };
 
-/// The input driver and a listener.
+/// The input driver, and a window that it hands its events to as WindowExec does.
 class DriverReader : public Reader, private virtual IWindowEvent::IInputEventListener
 {
 public:
     DriverReader();
     ~DriverReader() override;
 
+    MultiInputDriver& getDriver() { return driver; }
+
 private:
+    class ReceivingWindow;
+
     int onInputEvent(const IWindowEvent::InputEvent& event) override;
 
+    const std::unique_ptr<Window> window;
     MultiInputDriver driver;
 };
 

@@ -1,60 +1,55 @@
-#include "Measurement.h"
-#include "Servers.h"
-
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
+#include <Connection.h>
+#include <Rounds.h>
+#include <Servers.h>
 
 namespace
 {
 
-constexpr int ROUNDS = 15;
+using namespace Corvane::Benchmark;
+
+constexpr int ROUNDS = 25;
 constexpr int CALLS = 2000;
-/// What a call may cost against the bare server.
-constexpr double GOAL = 1.20;
+
+std::function<double()> makeCalls(Connection& connection)
+{
+    return [&connection] { return timeEach(CALLS, [&connection] { connection.call(); }); };
+}
+
+std::vector<Figure> measureUnder(Scheduling scheduling, const std::string& name, const Goal& goal, int rounds)
+{
+    setScheduling(scheduling);
+    const RuntimeFolder folder;
+    const Server bareServer = startBareServer(folder);
+    const Server strictServer = startStrictServer(folder);
+    const Server windowServer = startWindowServer();
+    Connection bare(bareServer.path);
+    Connection strict(strictServer.path);
+    Connection window(windowServer.path);
+    const std::vector<Series> series = takeTurns(rounds, {makeCalls(bare), makeCalls(strict), makeCalls(window)});
+    return {compare("round trip, " + name, "us", series[2], series[0], goal),
+            compare("round trip of the strict server, " + name, "us", series[1], series[0])};
+}
+
+std::vector<Figure> measure(const Options& options)
+{
+    stayOnOneCore();
+    const int rounds = options.rounds(ROUNDS);
+    std::vector<Figure> figures = measureUnder(Scheduling::BATCH, "batch", Goal::ratioAtMost(1.10), rounds);
+    for (Figure& figure : measureUnder(Scheduling::DEFAULT, "default scheduling", Goal::ratioAtMost(1.22), rounds))
+        figures.push_back(std::move(figure));
+    return figures;
+}
 
 } // namespace
 
-int main(int argc, char**)
+int main(int argc, char** argv)
 {
-    using namespace Corvane::Benchmark;
-    if (argc > 1) {
-        std::puts("benchmark-rpc: the round trip of IWindow::setOpacity against a bare epoll server that sends the "
-                  "same bytes.\n"
-                  "A third server is as bare, but parses each message and its parameters and holds signals off: the "
-                  "least that a\ncontrol server can do. All servers and the client share one core; their rounds take "
-                  "turns; medians and their\nratios to the bare server are printed.");
-        return 0;
-    }
-    stayOnOneCore();
-    char folder[] = "/tmp/corvane-XXXXXX";
-    if (mkdtemp(folder) == nullptr)
-        return 1;
-    setenv("CORVANE_RUNTIME_DIR", folder, 1);
-    {
-        const std::string barePath = std::string(folder) + "/bare";
-        const std::string strictPath = std::string(folder) + "/strict";
-        Contender bare(barePath, [&] { runBareServer(barePath); });
-        Contender strict(strictPath, [&] { runStrictServer(strictPath); });
-        Contender window(std::string(folder) + "/APPbenchmark.sock", [] { runWindowServer(); });
-        Contender* const contenders[] = {&bare, &strict, &window};
-        for (Contender* contender : contenders)
-            contender->measureRound(CALLS);
-        for (int i = 0; i < ROUNDS; ++i)
-            for (Contender* contender : contenders)
-                contender->measureRound(CALLS);
-        const auto print = [&](const char* name, const Contender& contender) {
-            std::printf("%-6s  %7.2f  %5.2f  %11ld\n", name, contender.getMedian(),
-                        contender.getMedian() / bare.getMedian(), contender.getResidentSet());
-        };
-        std::puts("server  us/call  ratio  resident kB");
-        print("bare", bare);
-        print("strict", strict);
-        print("window", window);
-        std::printf("goal of the window: %.2f, %s\n", GOAL,
-                    window.getMedian() <= GOAL * bare.getMedian() ? "reached" : "missed");
-    }
-    std::filesystem::remove_all(folder);
-    return 0;
+    return runBenchmark(
+        argc, argv,
+        "The round trip of IWindow::setOpacity against a bare epoll server that sends the same bytes, under "
+        "SCHED_BATCH\n"
+        "and under default scheduling. A third server is as bare, but parses each message and its parameters and "
+        "holds\n"
+        "signals off: the least that a control server can do. All servers and the client share one core.",
+        measure);
 }

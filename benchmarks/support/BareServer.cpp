@@ -1,14 +1,15 @@
 #include "Servers.h"
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdlib>
 #include <simdjson.h>
-#include <string_view>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <vector>
 
 namespace Corvane::Benchmark
 {
@@ -22,7 +23,8 @@ int listenOn(const std::string& path)
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof address.sun_path - 1);
-    if (bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 || listen(listener, 8) != 0)
+    if (bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        listen(listener, SOMAXCONN) != 0)
         std::abort();
     return listener;
 }
@@ -50,7 +52,42 @@ private:
     simdjson::dom::parser parser;
 };
 
-/// Serves `path`: `prepare` gets each message before it is answered.
+/// What a server does with its clients. `Prepare` gets each message before it is answered.
+template <class Prepare>
+class Clients
+{
+public:
+    explicit Clients(Prepare prepare) : prepare(std::move(prepare)) {}
+
+    void answer(int client)
+    {
+        const ssize_t size = recv(client, buffer.data(), buffer.size(), MSG_DONTWAIT);
+        if (size == 0)
+            forget(client);
+        // Of a message that comes in pieces the last one is answered.
+        if (size <= 0 || buffer[static_cast<std::size_t>(size) - 1] != '\n')
+            return;
+        prepare(std::string_view(buffer.data(), static_cast<std::size_t>(size)));
+        if (size == static_cast<ssize_t>(SUBSCRIPTION.size()))
+            subscribers.push_back(client);
+        else
+            for (int subscriber : subscribers)
+                send(subscriber, NOTIFICATION.data(), NOTIFICATION.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+        send(client, ANSWER.data(), ANSWER.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    }
+
+private:
+    void forget(int client)
+    {
+        close(client);
+        std::erase(subscribers, client);
+    }
+
+    Prepare prepare;
+    std::vector<int> subscribers;
+    std::array<char, 65536> buffer;
+};
+
 template <class Prepare>
 [[noreturn]] void serve(const std::string& path, Prepare prepare)
 {
@@ -58,16 +95,7 @@ template <class Prepare>
     const int epoll = epoll_create1(EPOLL_CLOEXEC);
     watch(epoll, listener);
     std::array<epoll_event, 16> events{};
-    std::array<char, 65536> buffer;
-    const auto answer = [&](int client) {
-        const ssize_t size = recv(client, buffer.data(), buffer.size(), MSG_DONTWAIT);
-        if (size == 0)
-            close(client);
-        if (size <= 0)
-            return;
-        prepare(std::string_view(buffer.data(), static_cast<std::size_t>(size)));
-        send(client, ANSWER, sizeof ANSWER - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
-    };
+    Clients<Prepare> clients(std::move(prepare));
     for (;;) {
         const int count = epoll_wait(epoll, events.data(), events.size(), -1);
         for (int i = 0; i < count; ++i) {
@@ -75,7 +103,7 @@ template <class Prepare>
             if (descriptor == listener)
                 watch(epoll, accept4(listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
             else
-                answer(descriptor);
+                clients.answer(descriptor);
         }
     }
 }
