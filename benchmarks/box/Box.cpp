@@ -55,7 +55,7 @@ std::string Box::launch()
     request.writeString("program", BOX_WINDOW);
     request.writeString("applicationType", "benchmark");
     request.endObject("");
-    const std::string uid = client->call("IApplicationManager::launch", request.generate());
+    const std::string uid = call("IApplicationManager::launch", request.generate());
     return uid.substr(1, uid.size() - 2);
 }
 
@@ -93,10 +93,15 @@ long Box::countKeepAlives()
     return allKeepAlives;
 }
 
+std::string Box::call(const std::string& method, const std::string& parameters)
+{
+    return client->call(method, parameters);
+}
+
 double Box::timeCall(const std::string& method, const std::string& parameters)
 {
     constexpr int TIMES = 200;
-    return timeEach(TIMES, [&] { client->call(method, parameters); });
+    return timeEach(TIMES, [&] { call(method, parameters); });
 }
 
 void Box::hear(const std::string& name, const std::string& payload)

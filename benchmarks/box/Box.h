@@ -35,6 +35,8 @@ public:
 
     /// @return how many keep-alives of all applications came so far
     long countKeepAlives();
+    /// Calls a method of the process manager. @return the result
+    std::string call(const std::string& method, const std::string& parameters = "{}");
     /// @return microseconds that a call of the process manager takes, the median of some
     double timeCall(const std::string& method, const std::string& parameters = "{}");
 
