@@ -2,7 +2,6 @@
 
 #include <Box.h>
 #include <Rounds.h>
-#include <chrono>
 #include <stdexcept>
 #include <thread>
 
@@ -26,16 +25,24 @@ std::string findWindow(Box& box)
     return std::to_string(std::stoul(windows.substr(begin + key.size())));
 }
 
-/// @return milliseconds to the first keep-alive of the application launched last
+/// How many of the applications that are launched for a point are timed.
+constexpr int TIMED = 3;
+
+/// @return milliseconds to the first keep-alive of those that are launched last, one at a time; the median
 double launchUpTo(Box& box, std::vector<std::string>& uids, int count)
 {
-    std::chrono::duration<double, std::milli> last{};
-    while (static_cast<int>(uids.size()) < count) {
+    const auto isBelow = [&uids](int limit) { return static_cast<int>(uids.size()) < limit; };
+    while (isBelow(count - TIMED))
+        uids.push_back(box.launch());
+    for (const std::string& uid : uids)
+        box.awaitKeepAlive(uid);
+    Series times;
+    while (isBelow(count)) {
         const Clock::time_point start = Clock::now();
         uids.push_back(box.launch());
-        last = box.awaitKeepAlive(uids.back()) - start;
+        times.push_back(Microseconds(box.awaitKeepAlive(uids.back()) - start).count() / 1000);
     }
-    return last.count();
+    return median(times);
 }
 
 double measureKeepAlive(Box& box)

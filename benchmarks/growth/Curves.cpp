@@ -21,10 +21,7 @@ constexpr int LARGE = 100'000;
 class Pair
 {
 public:
-    Pair() : bareServer(startBareServer(folder)), windowServer(startWindowServer())
-    {
-        connectUpTo(1);
-    }
+    Pair() : bareServer(startBareServer(folder)), windowServer(startWindowServer()) { connectUpTo(1); }
 
     /// Measures a caller of each. @return microseconds: the window, the bare server
     template <class Measure>
