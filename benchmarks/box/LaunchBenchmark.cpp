@@ -54,7 +54,7 @@ std::vector<Figure> measure(const Options& options)
     for (int round = 0; round < (options.isQuick ? QUICK_ROUNDS : ROUNDS); ++round) {
         launched.add(measureStart(box, [&box] { return box.launch(); }));
         bare.add(measureStart(box, [&box, round] {
-            const std::string uid = "bare" + std::to_string(round);
+            std::string uid = "bare" + std::to_string(round);
             box.startBare(uid);
             return uid;
         }));
