@@ -1,21 +1,12 @@
 #include "HandlerGuard.h"
 #include <corvane/APPRPCServer.h>
 #include <corvane/foundation/SerialError.h>
-#include <cstddef>
 
 /// The handlers of IApplication. A change of state that the application refuses is silent there, so the reply says only
 /// that the call was delivered. The operations are called in their forms for remote callers; a call does not carry the
 /// caller's uid, so that is empty.
 namespace Corvane
 {
-
-namespace
-{
-
-/// In bytes. An application keeps room for that much, so that its state can be read while it is replaced.
-constexpr std::size_t LONGEST_STATE = 255;
-
-} // namespace
 
 std::string APPRPCServer::getState(const IRPC::RPCSynchronousMethodObject& request)
 {
@@ -29,8 +20,10 @@ std::string APPRPCServer::setState(const IRPC::RPCSynchronousMethodObject& reque
     return guardHandler(__func__, request, [&] {
         Deserializer parameters(request.getParameters());
         const auto state = deserialize<std::string>("requestedState", parameters);
-        if (state.size() > LONGEST_STATE)
-            throw SerialError("requestedState: longer than 255 bytes");
+        // The application's thread may be reading it.
+        if (state.size() > ILifecycleManagement::LONGEST_STATE)
+            throw SerialError("requestedState: longer than " + std::to_string(ILifecycleManagement::LONGEST_STATE) +
+                              " bytes");
         return callTarget(request, getSingleton(),
                           [&](IApplication& target) { target.setState(std::string(), state); });
     });

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <span>
 #include <string_view>
 
@@ -36,10 +35,10 @@ struct RPCServerDescription {
     /// @return what is told of a method; null when nothing is
     const RPCMethodDescription* find(std::string_view interface, std::string_view method) const
     {
-        const auto found = std::find_if(methods.begin(), methods.end(), [&](const RPCMethodDescription& candidate) {
-            return candidate.interface == interface && candidate.method == method;
-        });
-        return found == methods.end() ? nullptr : &*found;
+        for (const RPCMethodDescription& candidate : methods)
+            if (candidate.interface == interface && candidate.method == method)
+                return &candidate;
+        return nullptr;
     }
 };
 
