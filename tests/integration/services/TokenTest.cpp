@@ -141,25 +141,26 @@ TEST_F(Token, HasTheLastAttributesOfOneName)
 
 TEST_F(Token, IsRefusedForABadAttributeThoughALaterOneOfItsNameIsGood)
 {
-    EXPECT_EQ(createWith(R"({"a":1,"a":{}})"), "a: expected an object, found 1");
-    EXPECT_EQ(createWith(R"({"a":{"x":"","x":1}})"), "a.x: expected a signed 32-bit number, found string");
+    EXPECT_EQ(createWith(R"({"a":1,"a":{}})"), "authAttrInternal: a: expected an object, found 1");
+    EXPECT_EQ(createWith(R"({"a":{"x":"","x":1}})"),
+              "authAttrInternal: a.x: expected a signed 32-bit number, found string");
 
     EXPECT_THAT(service.getCalls(), IsEmpty());
 }
 
 TEST_F(Token, IsRefusedWhenItsAttributesAreNoMapOfMapsOfIntegers)
 {
-    EXPECT_EQ(createWith(R"({"volume":1})"), "volume: expected an object, found 1");
-    EXPECT_EQ(createWith(R"({"volume":[]})"), "volume: expected an object, found array");
-    EXPECT_EQ(createWith(R"({"volume":null})"), "volume: expected an object, found null");
-    const std::string member = "volume.change: expected a signed 32-bit number, found ";
+    EXPECT_EQ(createWith(R"({"volume":1})"), "authAttrInternal: volume: expected an object, found 1");
+    EXPECT_EQ(createWith(R"({"volume":[]})"), "authAttrInternal: volume: expected an object, found array");
+    EXPECT_EQ(createWith(R"({"volume":null})"), "authAttrInternal: volume: expected an object, found null");
+    const std::string member = "authAttrInternal: volume.change: expected a signed 32-bit number, found ";
     EXPECT_EQ(createWith(R"({"volume":{"change":"1"}})"), member + "string");
     EXPECT_EQ(createWith(R"({"volume":{"change":{}}})"), member + "object");
     EXPECT_EQ(createWith(R"({"volume":{"change":true}})"), member + "true");
     EXPECT_EQ(createWith(R"({"volume":{"change":1.5}})"), member + "1.5");
     EXPECT_EQ(createWith(R"({"volume":{"change":2147483648}})"), member + "2147483648");
-    EXPECT_EQ(createWith("[]"), "expected an object, found array");
-    EXPECT_EQ(createWith("\"{}\""), "expected an object, found string");
+    EXPECT_EQ(createWith("[]"), "authAttrInternal: expected an object, found array");
+    EXPECT_EQ(createWith("\"{}\""), "authAttrInternal: expected an object, found string");
 
     EXPECT_THAT(service.getCalls(), IsEmpty());
 }
@@ -196,7 +197,7 @@ TEST_F(Token, IsRefusedWithAMissingParameterTheAttributesFirst)
     EXPECT_EQ(create("{}"), "authAttrInternal: missing");
     EXPECT_EQ(create(R"({"token":1})"), "authAttrInternal: missing");
     EXPECT_EQ(create(R"({"authAttrInternal":"{}"})"), "token: missing");
-    EXPECT_EQ(create(R"({"authAttrInternal":"{\"a\":1}"})"), "a: expected an object, found 1");
+    EXPECT_EQ(create(R"({"authAttrInternal":"{\"a\":1}"})"), "authAttrInternal: a: expected an object, found 1");
     EXPECT_EQ(remove("{}"), "token: missing");
 
     EXPECT_THAT(service.getCalls(), IsEmpty());
@@ -260,7 +261,7 @@ TEST_F(Token, ForAServiceThatIsGoneHasABadParameterReportedFirst)
     service.setState(ILifecycleManagement::STATE_TERMINATED);
 
     EXPECT_EQ(create(R"({"token":1})"), "authAttrInternal: missing");
-    EXPECT_EQ(createWith(R"({"volume":1})"), "volume: expected an object, found 1");
+    EXPECT_EQ(createWith(R"({"volume":1})"), "authAttrInternal: volume: expected an object, found 1");
     EXPECT_EQ(create(R"({"authAttrInternal":"{}","token":-1})"), "token: expected an unsigned 32-bit number, found -1");
     EXPECT_EQ(remove("{}"), "token: missing");
 }
