@@ -7,7 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
-#include <sys/mman.h>
+#include <support/MemoryFile.h>
 
 namespace Corvane::Test
 {
@@ -51,7 +51,7 @@ std::optional<DebugLine> parseDebugLine(const std::string& line)
 CapturedOutput::CapturedOutput(int descriptor)
     : descriptor(descriptor),
       original(orThrow(fcntl(descriptor, F_DUPFD_CLOEXEC, 3), "dup")),
-      file(orThrow(memfd_create("captured", MFD_CLOEXEC), "memfd_create"))
+      file(createMemoryFile("captured"))
 {
     std::fflush(nullptr);
     orThrow(dup2(file, descriptor), "dup2");

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <support/CapturedOutput.h>
-#include <sys/mman.h>
+#include <support/MemoryFile.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -73,7 +73,7 @@ pid_t spawn(const std::vector<std::string>& command, const ChildProcess::Environ
 } // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command, const Environment& environment)
-    : output(memfd_create("output", MFD_CLOEXEC)), error(memfd_create("error", MFD_CLOEXEC))
+    : output(createMemoryFile("output")), error(createMemoryFile("error"))
 {
     pid = spawn(command, environment, output, error);
 }
