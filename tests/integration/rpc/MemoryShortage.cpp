@@ -1,9 +1,8 @@
 #include "MemoryShortage.h"
 
+#include <allocation/ReplacedNew.h>
 #include <atomic>
 #include <climits>
-#include <cstdlib>
-#include <new>
 
 namespace Corvane::Test
 {
@@ -16,15 +15,15 @@ std::atomic<unsigned long> lastFailing{ULONG_MAX};
 std::atomic<unsigned long> asked{0};
 thread_local int spared = 0;
 
-bool isToFail()
+} // namespace
+
+bool mayAllocate() noexcept
 {
     if (spared > 0 || firstFailing == ULONG_MAX)
-        return false;
+        return true;
     const unsigned long number = asked++;
-    return number >= firstFailing && number <= lastFailing;
+    return number < firstFailing || number > lastFailing;
 }
-
-} // namespace
 
 MemoryShortage::Sparing::Sparing()
 {
@@ -54,48 +53,3 @@ bool MemoryShortage::wasHit() const
 }
 
 } // namespace Corvane::Test
-
-// A definition in the program comes before the one of the C++ library, for the libraries under test as well. All forms,
-// because a sanitizer's forms do not call each other; out of line, because the compiler would otherwise take malloc and
-// delete for a mismatch.
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return Corvane::Test::isToFail() ? nullptr : std::malloc(size);
-}
-
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
-    if (void* const memory = operator new(size, std::nothrow))
-        return memory;
-    throw std::bad_alloc();
-}
-
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return operator new(size, std::nothrow);
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}

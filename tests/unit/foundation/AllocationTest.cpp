@@ -1,66 +1,12 @@
 #include "JsonText.h"
+#include <allocation/AllocationCount.h>
 #include <array>
-#include <atomic>
 #include <corvane/foundation/RPCObjects.h>
 #include <corvane/foundation/Serializer.h>
 #include <corvane/interfaces/ISurfaceCompositing.h>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <new>
 #include <optional>
 #include <string>
-
-namespace
-{
-
-std::atomic<unsigned long> allocations{0};
-
-} // namespace
-
-// All forms, because a sanitizer's forms do not call each other; out of line, because the compiler would otherwise take
-// malloc and delete for a mismatch.
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    ++allocations;
-    return std::malloc(size);
-}
-
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
-    if (void* const memory = operator new(size, std::nothrow))
-        return memory;
-    throw std::bad_alloc();
-}
-
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return operator new(size, std::nothrow);
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace Corvane::Test
 {
@@ -71,9 +17,9 @@ namespace
 template <class Work>
 unsigned long allocationsOf(Work work)
 {
-    const unsigned long before = allocations;
+    const unsigned long before = countAllocations();
     work();
-    return allocations - before;
+    return countAllocations() - before;
 }
 
 } // namespace

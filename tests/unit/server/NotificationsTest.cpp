@@ -1,5 +1,5 @@
-#include "AllocationCount.h"
 #include "ServerFakes.h"
+#include <allocation/AllocationCount.h>
 
 /// What a server announces: the names and payloads, to the letter.
 namespace Corvane::Test
