@@ -1,5 +1,6 @@
 #include "DeviceKind.h"
 
+#include "ButtonCodes.h"
 #include <cstdlib>
 #include <cstring>
 #include <libevdev/libevdev.h>
@@ -32,6 +33,20 @@ bool has(const libevdev& device, unsigned int type, unsigned int code)
     return libevdev_has_event_code(&device, type, code) != 0;
 }
 
+bool has(const libevdev& device, unsigned int type)
+{
+    return libevdev_has_event_type(&device, type) != 0;
+}
+
+/// Whether it has a key that is no button.
+bool hasKeyCode(const libevdev& device)
+{
+    for (unsigned int code = KEY_ESC; code <= KEY_MAX; ++code)
+        if (!isButton(code) && has(device, EV_KEY, code))
+            return true;
+    return false;
+}
+
 bool isPointer(const libevdev& device)
 {
     const bool isRelative = has(device, EV_REL, REL_X) && has(device, EV_REL, REL_Y);
@@ -49,32 +64,32 @@ bool isKeyboard(const libevdev& device)
     return true;
 }
 
+/// The keys of a device that is a mouse as well are those of a remote control unless they make a keyboard: an air
+/// mouse.
+DeviceKind makeKind(bool isMouse, bool isKeyboard, bool hasKeys)
+{
+    const InputClass ofFewKeys = hasKeys ? InputClass::REMOTE : InputClass::NONE;
+    const InputClass keys = isKeyboard ? InputClass::KEYBOARD : ofFewKeys;
+    return {keys, isMouse ? InputClass::MOUSE : keys};
+}
+
 } // namespace
 
 std::optional<DeviceKind> classify(udev_device& device)
 {
     // First: receivers of remote controls say of themselves that they are mice, and often that they are keyboards.
     if (udev_device_get_parent_with_subsystem_devtype(&device, "rc", nullptr) != nullptr || isOnCecBus(device))
-        return DeviceKind::REMOTE;
-    if (hasProperty(device, "ID_INPUT_MOUSE"))
-        return DeviceKind::MOUSE;
-    if (hasProperty(device, "ID_INPUT_KEYBOARD"))
-        return DeviceKind::KEYBOARD;
-    // A few keys and no keyboard: the buttons of the box itself, or a remote control that comes as a USB device.
-    if (hasProperty(device, "ID_INPUT_KEY"))
-        return DeviceKind::REMOTE;
-    if (hasProperty(device, "ID_INPUT"))
-        return DeviceKind::NONE;
-    return {};
+        return DeviceKind{InputClass::REMOTE, InputClass::REMOTE};
+    if (!hasProperty(device, "ID_INPUT"))
+        return {};
+    return makeKind(hasProperty(device, "ID_INPUT_MOUSE"), hasProperty(device, "ID_INPUT_KEYBOARD"),
+                    hasProperty(device, "ID_INPUT_KEY"));
 }
 
 DeviceKind classify(const libevdev& device)
 {
-    if (isPointer(device))
-        return DeviceKind::MOUSE;
-    if (isKeyboard(device))
-        return DeviceKind::KEYBOARD;
-    return libevdev_has_event_type(&device, EV_KEY) != 0 ? DeviceKind::REMOTE : DeviceKind::NONE;
+    const bool isMouse = isPointer(device);
+    return makeKind(isMouse, isKeyboard(device), isMouse ? hasKeyCode(device) : has(device, EV_KEY));
 }
 
 } // namespace Corvane

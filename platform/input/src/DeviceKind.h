@@ -8,8 +8,15 @@ struct udev_device;
 namespace Corvane
 {
 
-/// What the driver takes an input device for. Each kind but NONE has a switch of its own.
-enum class DeviceKind { NONE, MOUSE, KEYBOARD, REMOTE };
+/// What input is switched by. Each class but NONE has a switch of its own.
+enum class InputClass { NONE, MOUSE, KEYBOARD, REMOTE };
+
+/// What the driver takes an input device for. Its two parts may be of two classes, as on a keyboard with a track ball.
+struct DeviceKind {
+    InputClass keys = InputClass::NONE;    ///< of its KEY_ codes
+    InputClass pointer = InputClass::NONE; ///< of its axes and its BTN_ codes
+    bool operator==(const DeviceKind&) const = default;
+};
 
 /// @return nothing when the device has to be opened to tell: no udev daemon has looked at it
 std::optional<DeviceKind> classify(udev_device& device);

@@ -92,21 +92,28 @@ void DeviceTable::forget(const DeviceReport& report)
     }
 }
 
-bool DeviceTable::isWanted(DeviceKind kind) const
+bool DeviceTable::isWanted(InputClass which) const
 {
-    return (kind == DeviceKind::MOUSE && switches->mouse) || (kind == DeviceKind::KEYBOARD && switches->keyboard) ||
-           (kind == DeviceKind::REMOTE && switches->remote);
+    return (which == InputClass::MOUSE && switches->mouse) || (which == InputClass::KEYBOARD && switches->keyboard) ||
+           (which == InputClass::REMOTE && switches->remote);
+}
+
+EventTranslator::Parts DeviceTable::findWanted(const DeviceKind& kind) const
+{
+    return {isWanted(kind.keys), isWanted(kind.pointer)};
 }
 
 void DeviceTable::update(Entry& entry)
 {
     // A device of a kind that is not known yet is opened to find out, unless nothing is wanted at all.
-    const bool mayBeWanted =
-        entry.report.kind ? isWanted(*entry.report.kind) : switches->mouse || switches->keyboard || switches->remote;
-    if (mayBeWanted && entry.device == nullptr)
-        open(entry);
-    else if (!mayBeWanted && entry.device != nullptr)
+    const bool mayBeWanted = entry.report.kind ? findWanted(*entry.report.kind).isAny()
+                                               : switches->mouse || switches->keyboard || switches->remote;
+    if (!mayBeWanted)
         close(entry);
+    else if (entry.device == nullptr)
+        open(entry);
+    else
+        entry.device->enable(findWanted(*entry.report.kind));
 }
 
 void DeviceTable::open(Entry& entry)
@@ -116,10 +123,12 @@ void DeviceTable::open(Entry& entry)
         entry.hasFailed = false;
         if (!entry.report.kind)
             entry.report.kind = device->findKind();
-        if (!isWanted(*entry.report.kind))
+        const EventTranslator::Parts wanted = findWanted(*entry.report.kind);
+        if (!wanted.isAny())
             return;
         device->start(*entry.report.kind, screen,
                       [this, session = entry.report.sessionIndex](auto event) { sink(std::move(event), session); });
+        device->enable(wanted);
         watch(device->getDescriptor(), &entry);
         entry.device = std::move(device);
     } catch (const std::system_error& failure) {
@@ -133,7 +142,7 @@ void DeviceTable::close(Entry& entry)
 {
     if (entry.device != nullptr) {
         ignore(entry.device->getDescriptor());
-        entry.device->releaseAll();
+        entry.device->enable({});
     }
     entry.device = nullptr;
     entry.isReady = false;

@@ -14,7 +14,7 @@
 namespace Corvane
 {
 
-/// The input devices of the machine, those of the enabled classes open. Belongs to the driver's thread.
+/// The input devices of the machine, those with a part of an enabled class open. Belongs to the driver's thread.
 ///
 ///     table.apply({.hotplug = true, .mouse = true});
 ///     table.wait();
@@ -55,7 +55,8 @@ private:
     void switchHotplug();
     void hear(const DeviceReport& report);
     void forget(const DeviceReport& report);
-    bool isWanted(DeviceKind kind) const;
+    bool isWanted(InputClass which) const;
+    EventTranslator::Parts findWanted(const DeviceKind& kind) const;
     void update(Entry& entry);
     void open(Entry& entry);
     void close(Entry& entry);

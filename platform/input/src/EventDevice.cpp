@@ -51,13 +51,20 @@ DeviceKind EventDevice::findKind() const
     return classify(*device);
 }
 
-void EventDevice::start(DeviceKind kind, const ISurfaceCompositing::Dimensions& screen, EventTranslator::Sink sink)
+void EventDevice::start(const DeviceKind& kind, const ISurfaceCompositing::Dimensions& screen,
+                        EventTranslator::Sink sink)
 {
-    translator.emplace(kind == DeviceKind::KEYBOARD, std::move(sink));
-    translator->setCapsLock(libevdev_get_event_value(device.get(), EV_LED, LED_CAPSL) != 0);
+    translator.emplace(kind.keys == InputClass::KEYBOARD, std::move(sink));
     // Elsewhere the axes are a stick or a knob.
-    if (kind == DeviceKind::MOUSE)
+    if (kind.pointer == InputClass::MOUSE)
         findAxes(screen);
+}
+
+void EventDevice::enable(const EventTranslator::Parts& parts)
+{
+    if (parts.keys && !translator->getEnabled().keys)
+        translator->setCapsLock(libevdev_get_event_value(device.get(), EV_LED, LED_CAPSL) != 0);
+    translator->enable(parts);
 }
 
 void EventDevice::findAxes(const ISurfaceCompositing::Dimensions& screen)
@@ -89,11 +96,6 @@ EventDevice::Reading EventDevice::read()
         }
     }
     return Reading::MORE;
-}
-
-void EventDevice::releaseAll()
-{
-    translator->releaseAll();
 }
 
 } // namespace Corvane

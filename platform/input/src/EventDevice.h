@@ -35,12 +35,12 @@ public:
     int getDescriptor() const { return descriptor.get(); }
     DeviceKind findKind() const;
 
-    /// Says what to make of the events; once, before the first read().
-    void start(DeviceKind kind, const ISurfaceCompositing::Dimensions& screen, EventTranslator::Sink sink);
+    /// Says what to make of the events; once, before the first enable().
+    void start(const DeviceKind& kind, const ISurfaceCompositing::Dimensions& screen, EventTranslator::Sink sink);
+    /// Turns the parts of the device on and off. Passes on the releases of what is held on one that goes off.
+    void enable(const EventTranslator::Parts& parts);
     /// Passes on the next event, if there is one; does not block.
     Reading read();
-    /// Passes on the releases of what is held.
-    void releaseAll();
 
 private:
     struct Deleter {

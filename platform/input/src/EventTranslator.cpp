@@ -1,5 +1,6 @@
 #include "EventTranslator.h"
 
+#include "ButtonCodes.h"
 #include "Characters.h"
 
 #include <algorithm>
@@ -40,13 +41,22 @@ void EventTranslator::setCapsLock(bool on)
     capsLocked = on;
 }
 
+void EventTranslator::enable(const Parts& wanted)
+{
+    const Parts before = std::exchange(parts, wanted);
+    if (before.keys && !wanted.keys)
+        releaseKeys(false);
+    if (before.pointer && !wanted.pointer)
+        releasePointer();
+}
+
 void EventTranslator::handle(unsigned int type, unsigned int code, int value)
 {
-    if (type == EV_KEY)
+    if (type == EV_KEY && (isButton(code) ? parts.pointer : parts.keys))
         handleKey(code, value);
-    else if (type == EV_REL)
+    else if (type == EV_REL && parts.pointer)
         handleRelative(code, value);
-    else if (type == EV_ABS)
+    else if (type == EV_ABS && parts.pointer)
         handleAbsolute(code, value);
     else if (type == EV_LED && code == LED_CAPSL)
         setCapsLock(value != 0);
@@ -169,10 +179,18 @@ void EventTranslator::dropFrame()
     endFrame();
 }
 
-void EventTranslator::releaseAll()
+void EventTranslator::releaseKeys(bool areButtons)
 {
-    while (!held.empty())
-        handleKey(held.begin()->first, RELEASED);
+    for (auto next = held.begin(); next != held.end();) {
+        const unsigned int code = next++->first;
+        if (isButton(code) == areButtons)
+            handleKey(code, RELEASED);
+    }
+}
+
+void EventTranslator::releasePointer()
+{
+    releaseKeys(true);
     for (Button& button : buttons)
         handleButton(button, false);
     dropFrame();

@@ -16,15 +16,23 @@ namespace Corvane
 /// Turns what one device reports, in the words of Linux's input layer, into input events. Not synchronised.
 ///
 /// A key gives an event at once, everything that belongs to the pointer one event a frame. Every press is followed by
-/// its release, at the latest in releaseAll(), and nothing is released that was not pressed.
+/// its release, at the latest when its part of the device is turned off, and nothing is released that was not pressed.
 ///
 ///     EventTranslator translator(true, [](EventTranslator::EventPointer event) { ... });
+///     translator.enable({.keys = true});
 ///     translator.handle(EV_KEY, KEY_A, 1);
 class EventTranslator
 {
 public:
     using EventPointer = std::shared_ptr<const IWindowEvent::InputEvent>;
     using Sink = std::function<void(EventPointer)>;
+
+    /// The parts of a device: its keys, and its axes with its buttons. What a part that is off reports is ignored.
+    struct Parts {
+        bool keys = false;
+        bool pointer = false;
+        bool isAny() const { return keys || pointer; }
+    };
 
     /// One axis of an absolute pointer: what the device reports, and where it is now.
     struct Axis {
@@ -33,18 +41,20 @@ public:
         int value;
     };
 
+    /// Both parts are off at first.
     /// @param hasCharacters  keys with a character give AsciiEvents, as on a keyboard; else all keys give KeyEvents
     EventTranslator(bool hasCharacters, Sink sink);
 
     /// From now on the two axes give a position on a screen of this size.
     void setAbsolute(const Axis& x, const Axis& y, const ISurfaceCompositing::Dimensions& screen);
     void setCapsLock(bool on);
+    /// Turns parts on and off. What is held on a part that goes off is released; the movement of an open frame is
+    /// dropped then.
+    void enable(const Parts& wanted);
+    Parts getEnabled() const { return parts; }
 
     /// What the device reports. Types and codes without a meaning here, and values out of range, are ignored.
     void handle(unsigned int type, unsigned int code, int value);
-
-    /// Gives the releases of what is held; the movement of an open frame is dropped.
-    void releaseAll();
 
 private:
     struct Button {
@@ -59,6 +69,8 @@ private:
 
     void handleKey(unsigned int code, int value);
     void handleButton(Button& button, bool pressed);
+    void releaseKeys(bool areButtons);
+    void releasePointer();
     void handleRelative(unsigned int code, int value);
     void handleAbsolute(unsigned int code, int value);
     unsigned char characterOf(unsigned int code) const;
@@ -70,6 +82,7 @@ private:
 
     const bool hasCharacters;
     const Sink sink;
+    Parts parts;
     std::map<unsigned int, unsigned char> held; ///< codes, each with the character that its press was sent as, or 0
     bool capsLocked = false;
 

@@ -1,5 +1,6 @@
 #include "InputFixture.h"
 
+#include <algorithm>
 #include <functional>
 
 /// What the devices that are there at the start give.
@@ -126,11 +127,24 @@ TEST_F(Devices, KeyThatIsHeldWhenItsDeviceIsOpenedGivesNoReleaseAlone)
     EXPECT_EQ(listener.take(), "KEY_UP pressed");
 }
 
-/// A device, and the class that switches it; none for a device that no class opens.
+/// A class of devices: how it is switched.
+struct Switch {
+    void (InputDriver::*enable)();
+    void (InputDriver::*disable)();
+    bool operator==(const Switch&) const = default;
+};
+
+const Switch MOUSE{&InputDriver::enableMouse, &InputDriver::disableMouse};
+const Switch KEYBOARD{&InputDriver::enableKeyboard, &InputDriver::disableKeyboard};
+const Switch REMOTE{&InputDriver::enableIr, &InputDriver::disableIr};
+
+/// A device, and the classes of its parts, each of which opens it; none for a device that no class opens.
 struct Classification {
     const char* name;
     DeviceSpecification specification;
-    void (InputDriver::*enable)();
+    std::vector<Switch> classes;
+
+    bool isOf(const Switch& which) const { return std::ranges::count(classes, which) != 0; }
 
     friend std::ostream& operator<<(std::ostream& stream, const Classification& one) { return stream << one.name; }
 };
@@ -148,53 +162,59 @@ DeviceSpecification withoutProperties(DeviceSpecification specification)
 }
 
 const Classification CLASSIFICATIONS[] = {
-    {"Mouse", mouse(), &InputDriver::enableMouse},
-    {"Tablet", tablet(), &InputDriver::enableMouse},
-    {"Keyboard", keyboard(), &InputDriver::enableKeyboard},
-    {"InfraredReceiver", infrared(), &InputDriver::enableIr},
-    {"TelevisionOverTheCable", with(keyboard(), [](auto& device) { device.bus = BUS_CEC; }), &InputDriver::enableIr},
-    {"FrontPanel", with(keyboard(), [](auto& device) { device.properties.erase("ID_INPUT_KEYBOARD"); }),
-     &InputDriver::enableIr},
-    {"MouseWithKeys", with(keyboard(), [](auto& device) { device.properties["ID_INPUT_MOUSE"] = "1"; }),
-     &InputDriver::enableMouse},
-    {"MouseWithoutUdev", withoutProperties(mouse()), &InputDriver::enableMouse},
-    {"TabletWithoutUdev", withoutProperties(tablet()), &InputDriver::enableMouse},
-    {"KeyboardWithoutUdev", withoutProperties(keyboard()), &InputDriver::enableKeyboard},
-    {"ReceiverWithoutUdev", withoutProperties(infrared()), &InputDriver::enableIr},
-    {"FewKeysWithoutUdev", with(withoutProperties(keyboard()), [](auto& device) { device.codes[EV_KEY].erase(KEY_W); }),
-     &InputDriver::enableIr},
+    {"Mouse", mouse(), {MOUSE}},
+    {"Tablet", tablet(), {MOUSE}},
+    {"Keyboard", keyboard(), {KEYBOARD}},
+    {"InfraredReceiver", infrared(), {REMOTE}},
+    {"TelevisionOverTheCable", with(keyboard(), [](auto& device) { device.bus = BUS_CEC; }), {REMOTE}},
+    {"FrontPanel", with(keyboard(), [](auto& device) { device.properties.erase("ID_INPUT_KEYBOARD"); }), {REMOTE}},
+    {"MouseWithFewKeys", with(mouse(), [](auto& device) { device.properties["ID_INPUT_KEY"] = "1"; }), {MOUSE, REMOTE}},
+    {"KeyboardWithTrackBall", keyboardWithTrackBall(), {MOUSE, KEYBOARD}},
+    {"KeyboardWithTrackBallWithoutUdev", withoutProperties(keyboardWithTrackBall()), {MOUSE, KEYBOARD}},
+    {"MouseWithFewKeysWithoutUdev",
+     with(withoutProperties(mouse()), [](auto& device) { device.codes[EV_KEY].insert(KEY_VOLUMEUP); }),
+     {MOUSE, REMOTE}},
+    {"MouseWithoutUdev", withoutProperties(mouse()), {MOUSE}},
+    {"TabletWithoutUdev", withoutProperties(tablet()), {MOUSE}},
+    {"KeyboardWithoutUdev", withoutProperties(keyboard()), {KEYBOARD}},
+    {"ReceiverWithoutUdev", withoutProperties(infrared()), {REMOTE}},
+    {"FewKeysWithoutUdev",
+     with(withoutProperties(keyboard()), [](auto& device) { device.codes[EV_KEY].erase(KEY_W); }),
+     {REMOTE}},
     {"NearlyAKeyboardWithoutUdev",
      with(withoutProperties(keyboard()), [](auto& device) { device.codes[EV_KEY].erase(KEY_S); }),
-     &InputDriver::enableIr},
-    {"NoKeysWithoutUdev", with(withoutProperties(mouse()), [](auto& device) { device.codes.erase(EV_KEY); }), nullptr},
+     {REMOTE}},
+    {"NoKeysWithoutUdev", with(withoutProperties(mouse()), [](auto& device) { device.codes.erase(EV_KEY); }), {}},
     {"Joystick",
      with(mouse(),
           [](auto& device) {
               device.properties = {{"ID_INPUT", "1"}, {"ID_INPUT_JOYSTICK", "1"}};
           }),
-     nullptr},
+     {}},
 };
 
 class DeviceClassification : public InputTest, public ::testing::WithParamInterface<Classification>
 {
 };
 
-TEST_P(DeviceClassification, DecidesWhichSwitchOpensTheDevice)
+TEST_P(DeviceClassification, DecidesWhichSwitchesOpenTheDevice)
 {
     MockDevice device(machine, GetParam().specification);
     // When this one is open, the driver has looked at the other as well.
-    const bool isMouse = GetParam().enable == &InputDriver::enableMouse;
-    MockDevice last(machine, isMouse ? keyboard() : mouse());
+    const DeviceSpecification other = GetParam().isOf(REMOTE) ? keyboard() : infrared();
+    MockDevice last(machine, other);
     driver.start();
-    for (const auto enable : {&InputDriver::enableMouse, &InputDriver::enableKeyboard, &InputDriver::enableIr})
-        if (enable != GetParam().enable)
-            (driver.*enable)();
+    for (const Switch& one : {MOUSE, KEYBOARD, REMOTE})
+        if (!GetParam().isOf(one))
+            (driver.*one.enable)();
     ASSERT_TRUE(awaitOpen(last));
     EXPECT_TRUE(awaitClosed(device));
 
-    if (GetParam().enable != nullptr) {
-        (driver.*GetParam().enable)();
+    for (const Switch& one : GetParam().classes) {
+        (driver.*one.enable)();
         EXPECT_TRUE(awaitOpen(device));
+        (driver.*one.disable)();
+        EXPECT_TRUE(awaitClosed(device));
     }
 }
 

@@ -114,6 +114,16 @@ DeviceSpecification tablet()
             .axes = {{ABS_X, axis}, {ABS_Y, axis}}};
 }
 
+DeviceSpecification keyboardWithTrackBall()
+{
+    DeviceSpecification both = keyboard();
+    both.name = "Keyboard with a track ball";
+    both.properties.merge(mouse().properties);
+    both.codes.merge(mouse().codes);
+    both.codes[EV_KEY].merge(mouse().codes[EV_KEY]);
+    return both;
+}
+
 DeviceSpecification infrared()
 {
     std::set<unsigned int> keys = range(KEY_OK, KEY_NUMERIC_POUND);

@@ -30,7 +30,8 @@ struct DeviceSpecification {
 /// The kinds of device that the tests use.
 DeviceSpecification mouse();
 DeviceSpecification keyboard();
-DeviceSpecification tablet(); ///< an absolute pointer with a wheel; its axes go from 0 to 32767
+DeviceSpecification tablet();                ///< an absolute pointer with a wheel; its axes go from 0 to 32767
+DeviceSpecification keyboardWithTrackBall(); ///< both on one node
 DeviceSpecification infrared();
 DeviceSpecification onSeat(DeviceSpecification specification, const std::string& seat);
 

@@ -79,6 +79,91 @@ TEST_F(InputSwitch, OpensADeviceAgain)
     EXPECT_EQ(listener.take(), "mouse by 1,0,0");
 }
 
+/// The parts of a device are switched each by its own class.
+class DeviceOfTwoClasses : public InputTest
+{
+protected:
+    DeviceOfTwoClasses() { driver.start(); }
+
+    /// Waits until the switches that were turned before have had their effect.
+    void settle()
+    {
+        driver.enableIr();
+        EXPECT_TRUE(awaitOpen(remote));
+        driver.disableIr();
+        EXPECT_TRUE(awaitClosed(remote));
+    }
+
+    MockDevice device{machine, keyboardWithTrackBall()};
+    MockDevice remote{machine, infrared()};
+};
+
+TEST_F(DeviceOfTwoClasses, HasAKeyboardThatFollowsTheKeyboards)
+{
+    driver.enableKeyboard();
+    ASSERT_TRUE(awaitOpen(device));
+
+    device.report({{EV_REL, REL_X, 1}, {EV_KEY, BTN_LEFT, 1}});
+    device.report({{EV_KEY, BTN_LEFT, 0}});
+    device.press(KEY_LEFTSHIFT);
+    device.press(KEY_A);
+
+    EXPECT_EQ(listener.take(2), (Texts{"KEY_LEFTSHIFT pressed", "'A' pressed"}));
+}
+
+TEST_F(DeviceOfTwoClasses, HasAPointerThatFollowsTheMice)
+{
+    driver.enableMouse();
+    ASSERT_TRUE(awaitOpen(device));
+
+    device.press(KEY_A);
+    device.release(KEY_A);
+    device.report({{EV_REL, REL_X, 1}, {EV_KEY, BTN_LEFT, 1}});
+
+    EXPECT_EQ(listener.take(), "mouse left pressed by 1,0,0");
+}
+
+TEST_F(DeviceOfTwoClasses, GoesOnTypingWhenTheMouseIsDisabled)
+{
+    driver.enableMouse();
+    driver.enableKeyboard();
+    settle();
+    device.press(KEY_A);
+    device.press(BTN_LEFT);
+    ASSERT_EQ(listener.take(2), (Texts{"'a' pressed", "mouse left pressed"}));
+
+    driver.disableMouse();
+    EXPECT_EQ(listener.take(), "mouse left released");
+    device.report({{EV_REL, REL_X, 1}});
+    device.release(KEY_A);
+    EXPECT_EQ(listener.take(), "'a' released");
+
+    driver.disableKeyboard();
+    EXPECT_TRUE(awaitClosed(device));
+}
+
+TEST_F(DeviceOfTwoClasses, GoesOnPointingWhenTheKeyboardIsDisabled)
+{
+    driver.enableMouse();
+    driver.enableKeyboard();
+    settle();
+    device.press(KEY_A);
+    device.press(BTN_LEFT);
+    ASSERT_EQ(listener.take(2), (Texts{"'a' pressed", "mouse left pressed"}));
+
+    driver.disableKeyboard();
+    EXPECT_EQ(listener.take(), "'a' released");
+    device.release(KEY_A);
+    device.release(BTN_LEFT);
+    EXPECT_EQ(listener.take(), "mouse left released");
+
+    driver.enableKeyboard();
+    driver.disableMouse();
+    settle();
+    device.press(KEY_B);
+    EXPECT_EQ(listener.take(), "'b' pressed");
+}
+
 TEST_F(InputSwitch, LosesNoReleaseWhileEventsFlow)
 {
     MockDevice remote(machine, infrared());

@@ -30,8 +30,10 @@ protected:
 
     std::unique_ptr<EventTranslator> makeTranslator(bool hasCharacters)
     {
-        return std::make_unique<EventTranslator>(
+        auto made = std::make_unique<EventTranslator>(
             hasCharacters, [this](const EventTranslator::EventPointer& event) { texts.push_back(eventText(*event)); });
+        made->enable({.keys = true, .pointer = true});
+        return made;
     }
 
     Texts texts;
@@ -184,7 +186,7 @@ TEST_F(KeyTranslation, IgnoresCodesAndValuesOutOfRange)
     EXPECT_EQ(take(), Texts{});
 }
 
-TEST_F(KeyTranslation, ReleasesAllThatIsHeldAndNothingTwice)
+TEST_F(KeyTranslation, ReleasesAllThatIsHeldWhenItIsTurnedOffAndNothingTwice)
 {
     press(KEY_LEFTSHIFT);
     press(KEY_A);
@@ -193,12 +195,52 @@ TEST_F(KeyTranslation, ReleasesAllThatIsHeldAndNothingTwice)
     end();
     take();
 
-    translator->releaseAll();
+    translator->enable({});
     EXPECT_EQ(take(), (Texts{"'A' released", "KEY_LEFTSHIFT released", "KEY_OK released", "mouse right released"}));
 
-    translator->releaseAll();
+    translator->enable({.keys = true, .pointer = true});
     release(KEY_A);
     EXPECT_EQ(take(), Texts{});
+}
+
+TEST_F(KeyTranslation, EndsWithTheKeysThatAreTurnedOffWhileThePointerGoesOn)
+{
+    press(KEY_A);
+    press(BTN_SIDE);
+    press(BTN_LEFT);
+    move(REL_X, 2);
+    take();
+
+    translator->enable({.pointer = true});
+    EXPECT_EQ(take(), Texts{"'a' released"});
+
+    release(KEY_A);
+    press(KEY_B);
+    release(BTN_SIDE);
+    end();
+    EXPECT_EQ(take(), (Texts{"BTN_SIDE released", "mouse left pressed by 2,0,0"}));
+}
+
+TEST_F(PointerTranslation, EndsWithThePointerThatIsTurnedOffWhileTheKeysGoOn)
+{
+    translator->setAbsolute({0, 9, 0}, {0, 9, 0}, {10, 10});
+    press(KEY_A);
+    press(BTN_LEFT);
+    press(BTN_SIDE);
+    end();
+    move(REL_X, 2);
+    take();
+
+    translator->enable({.keys = true});
+    EXPECT_EQ(take(), (Texts{"BTN_SIDE released", "mouse left released"}));
+
+    move(REL_X, 2);
+    place(ABS_X, 3);
+    press(BTN_RIGHT);
+    press(BTN_EXTRA);
+    end();
+    release(KEY_A);
+    EXPECT_EQ(take(), Texts{"'a' released"});
 }
 
 TEST_F(PointerTranslation, GivesOneEventAFrame)

@@ -26,7 +26,8 @@ public:
     /// Listens for devices that are plugged in and out.
     virtual void enableHotplug() = 0;
     virtual void disableHotplug() = 0;
-    /// A class of devices that is disabled is not read at all; all are disabled at first.
+    /// What belongs to a class that is disabled is dropped, and a device without an enabled class is not read at all;
+    /// all are disabled at first.
     virtual void enableMouse() = 0;
     virtual void disableMouse() = 0;
     virtual void enableKeyboard() = 0;

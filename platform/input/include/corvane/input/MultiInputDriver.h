@@ -11,9 +11,10 @@ namespace Corvane
 /// Listeners are called on the driver's own thread, in the order of the events; no lock is held while one runs, so it
 /// may add and remove listeners. The thread sleeps until there is something to deliver.
 ///
-/// Devices are looked for when the driver starts and, with hotplug enabled, as they come and go. Those of a class that
-/// is disabled are closed; what was held on a device that is closed is released. A device that cannot be opened is one
-/// debug line and hinders no other. docs/input.md says which events a device gives.
+/// Devices are looked for when the driver starts and, with hotplug enabled, as they come and go. A device may be of two
+/// classes, as a keyboard with a track ball is; it is closed while neither is enabled. What is held when its class is
+/// disabled, or its device closed, is released. A device that cannot be opened is one debug line and hinders no other.
+/// docs/input.md says which events a device gives.
 ///
 ///     MultiInputDriver* driver = Singleton<InputDriver>::getInstance<MultiInputDriver>();
 ///     driver->addInputEventListener(&listener, 0);
