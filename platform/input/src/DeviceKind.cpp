@@ -1,6 +1,7 @@
 #include "DeviceKind.h"
 
 #include "ButtonCodes.h"
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <libevdev/libevdev.h>
@@ -64,13 +65,30 @@ bool isKeyboard(const libevdev& device)
     return true;
 }
 
-/// The keys of a device that is a mouse as well are those of a remote control unless they make a keyboard: an air
-/// mouse.
-DeviceKind makeKind(bool isMouse, bool isKeyboard, bool hasKeys)
+/// What a device is, in udev's words. It may be several things.
+struct Traits {
+    bool isMouse;
+    bool isKeyboard;
+    bool hasKeys;
+    bool isOther; ///< a joystick, a touch screen, a touch pad, a tablet or a sensor
+};
+
+DeviceKind makeKind(const Traits& traits)
 {
-    const InputClass ofFewKeys = hasKeys ? InputClass::REMOTE : InputClass::NONE;
-    const InputClass keys = isKeyboard ? InputClass::KEYBOARD : ofFewKeys;
-    return {keys, isMouse ? InputClass::MOUSE : keys};
+    // A gamepad's Home and Back are those of a remote control, as the few keys of an air mouse are. Its buttons and
+    // axes are nothing that an application would know what to do with.
+    const InputClass ofFewKeys = traits.hasKeys ? InputClass::REMOTE : InputClass::NONE;
+    const InputClass keys = traits.isKeyboard ? InputClass::KEYBOARD : ofFewKeys;
+    const InputClass ofNoMouse = traits.isOther ? InputClass::NONE : keys;
+    return {keys, traits.isMouse ? InputClass::MOUSE : ofNoMouse};
+}
+
+/// Whether it is something that is neither a mouse nor a keyboard nor a few keys.
+bool isOther(udev_device& device)
+{
+    constexpr const char* PROPERTIES[] = {"ID_INPUT_JOYSTICK", "ID_INPUT_TOUCHSCREEN", "ID_INPUT_TOUCHPAD",
+                                          "ID_INPUT_TABLET",   "ID_INPUT_TABLET_PAD",  "ID_INPUT_ACCELEROMETER"};
+    return std::ranges::any_of(PROPERTIES, [&](const char* name) { return hasProperty(device, name); });
 }
 
 } // namespace
@@ -82,14 +100,19 @@ std::optional<DeviceKind> classify(udev_device& device)
         return DeviceKind{InputClass::REMOTE, InputClass::REMOTE};
     if (!hasProperty(device, "ID_INPUT"))
         return {};
-    return makeKind(hasProperty(device, "ID_INPUT_MOUSE"), hasProperty(device, "ID_INPUT_KEYBOARD"),
-                    hasProperty(device, "ID_INPUT_KEY"));
+    return makeKind({.isMouse = hasProperty(device, "ID_INPUT_MOUSE"),
+                     .isKeyboard = hasProperty(device, "ID_INPUT_KEYBOARD"),
+                     .hasKeys = hasProperty(device, "ID_INPUT_KEY"),
+                     .isOther = isOther(device)});
 }
 
 DeviceKind classify(const libevdev& device)
 {
     const bool isMouse = isPointer(device);
-    return makeKind(isMouse, isKeyboard(device), isMouse ? hasKeyCode(device) : has(device, EV_KEY));
+    return makeKind({.isMouse = isMouse,
+                     .isKeyboard = isKeyboard(device),
+                     .hasKeys = isMouse ? hasKeyCode(device) : has(device, EV_KEY),
+                     .isOther = false});
 }
 
 } // namespace Corvane

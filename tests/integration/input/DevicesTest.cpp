@@ -127,6 +127,47 @@ TEST_F(Devices, KeyThatIsHeldWhenItsDeviceIsOpenedGivesNoReleaseAlone)
     EXPECT_EQ(listener.take(), "KEY_UP pressed");
 }
 
+/// A device that udev's rules call a few keys and something else.
+struct OtherDevice {
+    const char* property;
+    unsigned int key;
+
+    friend std::ostream& operator<<(std::ostream& stream, const OtherDevice& one) { return stream << one.property; }
+};
+
+class OtherDevices : public InputTest, public ::testing::WithParamInterface<OtherDevice>
+{
+};
+
+TEST_P(OtherDevices, GiveTheirKeysAsARemoteControlDoesAndNothingElse)
+{
+    DeviceSpecification other = tablet();
+    other.properties = {{"ID_INPUT", "1"}, {"ID_INPUT_KEY", "1"}, {GetParam().property, "1"}};
+    other.codes[EV_KEY].merge(std::set<unsigned int>{BTN_TOUCH, BTN_SOUTH, BTN_DPAD_UP, GetParam().key});
+    MockDevice device(machine, other);
+    enableAll();
+    driver.start();
+
+    device.report({{EV_KEY, BTN_TOUCH, 1}, {EV_ABS, ABS_X, 16384}, {EV_REL, REL_WHEEL, 1}});
+    device.press(BTN_SOUTH);
+    device.press(BTN_DPAD_UP);
+    device.press(BTN_LEFT);
+    device.press(GetParam().key);
+
+    EXPECT_EQ(listener.take(), findKeyName(GetParam().key) + " pressed");
+    driver.disableIr();
+    EXPECT_EQ(listener.take(), findKeyName(GetParam().key) + " released");
+    EXPECT_TRUE(awaitClosed(device));
+    EXPECT_TRUE(listener.events.isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , OtherDevices,
+    ::testing::Values(OtherDevice{"ID_INPUT_JOYSTICK", KEY_BACK}, OtherDevice{"ID_INPUT_TOUCHSCREEN", KEY_HOMEPAGE},
+                      OtherDevice{"ID_INPUT_TOUCHPAD", KEY_MUTE}, OtherDevice{"ID_INPUT_TABLET", KEY_PROG1},
+                      OtherDevice{"ID_INPUT_TABLET_PAD", KEY_PROG2}, OtherDevice{"ID_INPUT_ACCELEROMETER", KEY_POWER}),
+    [](const auto& info) { return std::string(info.param.property); });
+
 /// A class of devices: how it is switched.
 struct Switch {
     void (InputDriver::*enable)();
@@ -185,6 +226,9 @@ const Classification CLASSIFICATIONS[] = {
      with(withoutProperties(keyboard()), [](auto& device) { device.codes[EV_KEY].erase(KEY_S); }),
      {REMOTE}},
     {"NoKeysWithoutUdev", with(withoutProperties(mouse()), [](auto& device) { device.codes.erase(EV_KEY); }), {}},
+    {"KeyboardThatSaysItIsAJoystick",
+     with(keyboard(), [](auto& device) { device.properties["ID_INPUT_JOYSTICK"] = "1"; }),
+     {KEYBOARD}},
     {"Joystick",
      with(mouse(),
           [](auto& device) {
