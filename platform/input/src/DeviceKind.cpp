@@ -39,6 +39,15 @@ bool has(const libevdev& device, unsigned int type)
     return libevdev_has_event_type(&device, type) != 0;
 }
 
+/// Whether it has one of the codes from the first to the last, both included.
+bool hasAny(const libevdev& device, unsigned int type, unsigned int first, unsigned int last)
+{
+    for (unsigned int code = first; code <= last; ++code)
+        if (has(device, type, code))
+            return true;
+    return false;
+}
+
 /// Whether it has a key that is no button.
 bool hasKeyCode(const libevdev& device)
 {
@@ -48,11 +57,38 @@ bool hasKeyCode(const libevdev& device)
     return false;
 }
 
+bool hasPlace(const libevdev& device)
+{
+    return (has(device, EV_ABS, ABS_X) && has(device, EV_ABS, ABS_Y)) ||
+           (has(device, EV_ABS, ABS_MT_POSITION_X) && has(device, EV_ABS, ABS_MT_POSITION_Y));
+}
+
+/// A touch screen, a touch pad or a tablet: it tells where a finger or a tool is, and that it touches. A touch pad that
+/// moves a pointer (INPUT_PROP_POINTER) has its tool as well; the absolute mouse of a virtual machine has none.
+bool isTouched(const libevdev& device)
+{
+    // From the tools over the touch to the buttons of a pen.
+    const bool hasTool = hasAny(device, EV_KEY, BTN_DIGI, BTN_TOOL_QUADTAP);
+    return hasPlace(device) && (hasTool || libevdev_has_property(&device, INPUT_PROP_DIRECT) != 0);
+}
+
+bool isJoystick(const libevdev& device)
+{
+    return hasAny(device, EV_KEY, BTN_JOYSTICK, BTN_DIGI - 1) || hasAny(device, EV_KEY, BTN_DPAD_UP, BTN_DPAD_RIGHT) ||
+           hasAny(device, EV_KEY, BTN_TRIGGER_HAPPY, BTN_TRIGGER_HAPPY40) || hasAny(device, EV_ABS, ABS_RX, ABS_RZ) ||
+           hasAny(device, EV_ABS, ABS_THROTTLE, ABS_HAT3Y);
+}
+
+bool isSensor(const libevdev& device)
+{
+    const bool hasDirections = hasPlace(device) && has(device, EV_ABS, ABS_Z) && !has(device, EV_KEY);
+    return hasDirections || libevdev_has_property(&device, INPUT_PROP_ACCELEROMETER) != 0;
+}
+
 bool isPointer(const libevdev& device)
 {
     const bool isRelative = has(device, EV_REL, REL_X) && has(device, EV_REL, REL_Y);
-    const bool isAbsolute = has(device, EV_ABS, ABS_X) && has(device, EV_ABS, ABS_Y);
-    return has(device, EV_KEY, BTN_LEFT) && (isRelative || isAbsolute);
+    return has(device, EV_KEY, BTN_LEFT) && (isRelative || hasPlace(device));
 }
 
 /// Escape, the digits, the upper row of letters and the first two keys of the next are on every keyboard, and together
@@ -108,11 +144,15 @@ std::optional<DeviceKind> classify(udev_device& device)
 
 DeviceKind classify(const libevdev& device)
 {
-    const bool isMouse = isPointer(device);
+    const bool isWholeKeyboard = isKeyboard(device);
+    // Some keyboards announce every button that there is, a joystick's too.
+    const bool isOther = isTouched(device) || isSensor(device) || (!isWholeKeyboard && isJoystick(device));
+    const bool isMouse = !isOther && isPointer(device);
     return makeKind({.isMouse = isMouse,
-                     .isKeyboard = isKeyboard(device),
-                     .hasKeys = isMouse ? hasKeyCode(device) : has(device, EV_KEY),
-                     .isOther = false});
+                     .isKeyboard = isWholeKeyboard,
+                     // The front panel of a box may have nothing but keys without a name: BTN_0, BTN_1.
+                     .hasKeys = isMouse || isOther ? hasKeyCode(device) : has(device, EV_KEY),
+                     .isOther = isOther});
 }
 
 } // namespace Corvane

@@ -202,6 +202,18 @@ DeviceSpecification withoutProperties(DeviceSpecification specification)
     return specification;
 }
 
+/// A device of which no udev daemon has said anything: what it can report, and what the kernel says of it.
+DeviceSpecification unnamed(const std::set<unsigned int>& keys, const std::set<unsigned int>& axes,
+                            const std::set<unsigned int>& traits = {})
+{
+    DeviceSpecification device = withoutProperties(mouse());
+    device.codes = {{EV_KEY, keys}, {EV_ABS, axes}};
+    device.traits = traits;
+    for (const unsigned int axis : axes)
+        device.axes[axis] = {.value = 0, .minimum = 0, .maximum = 4095, .fuzz = 0, .flat = 0, .resolution = 0};
+    return device;
+}
+
 const Classification CLASSIFICATIONS[] = {
     {"Mouse", mouse(), {MOUSE}},
     {"Tablet", tablet(), {MOUSE}},
@@ -226,6 +238,37 @@ const Classification CLASSIFICATIONS[] = {
      with(withoutProperties(keyboard()), [](auto& device) { device.codes[EV_KEY].erase(KEY_S); }),
      {REMOTE}},
     {"NoKeysWithoutUdev", with(withoutProperties(mouse()), [](auto& device) { device.codes.erase(EV_KEY); }), {}},
+    {"TouchScreenWithoutUdev", unnamed({BTN_TOUCH}, {ABS_X, ABS_Y}, {INPUT_PROP_DIRECT}), {}},
+    {"TouchScreenWithHomeWithoutUdev",
+     unnamed({BTN_TOUCH, KEY_HOMEPAGE}, {ABS_X, ABS_Y, ABS_MT_POSITION_X, ABS_MT_POSITION_Y}, {INPUT_PROP_DIRECT}),
+     {REMOTE}},
+    {"TouchScreenThatSaysNoMoreWithoutUdev", unnamed({BTN_LEFT}, {ABS_X, ABS_Y}, {INPUT_PROP_DIRECT}), {}},
+    {"TouchPadWithoutUdev",
+     unnamed({BTN_LEFT, BTN_TOUCH, BTN_TOOL_FINGER}, {ABS_X, ABS_Y}, {INPUT_PROP_POINTER, INPUT_PROP_BUTTONPAD}),
+     {}},
+    {"PenWithoutUdev", unnamed({BTN_LEFT, BTN_TOUCH, BTN_STYLUS, BTN_TOOL_PEN}, {ABS_X, ABS_Y}), {}},
+    {"JoystickWithoutUdev", unnamed({BTN_TRIGGER, BTN_THUMB}, {ABS_X, ABS_Y, ABS_THROTTLE}), {}},
+    {"GamepadWithoutUdev", unnamed({BTN_SOUTH, BTN_EAST, KEY_BACK}, {ABS_X, ABS_Y, ABS_RX, ABS_HAT0X}), {REMOTE}},
+    {"TouchPadOfAGamepadWithoutUdev", unnamed({BTN_LEFT, BTN_DPAD_UP}, {ABS_X, ABS_Y}), {}},
+    {"WheelOfACarWithoutUdev", unnamed({BTN_TRIGGER_HAPPY1}, {ABS_X}), {}},
+    {"AccelerometerWithoutUdev", unnamed({KEY_POWER}, {ABS_X, ABS_Y, ABS_Z}, {INPUT_PROP_ACCELEROMETER}), {REMOTE}},
+    {"AbsoluteMouseThatMovesAPointerWithoutUdev",
+     unnamed({BTN_LEFT, BTN_RIGHT}, {ABS_X, ABS_Y}, {INPUT_PROP_POINTER}),
+     {MOUSE}},
+    {"KeyboardWithTouchPadWithoutUdev",
+     with(withoutProperties(keyboard()),
+          [](auto& device) {
+              device.codes[EV_KEY].merge(std::set<unsigned int>{BTN_LEFT, BTN_TOOL_FINGER});
+              device.codes[EV_ABS] = {ABS_X, ABS_Y};
+          }),
+     {KEYBOARD}},
+    {"KeyboardWithEveryButtonWithoutUdev",
+     with(withoutProperties(keyboardWithTrackBall()),
+          [](auto& device) {
+              device.codes[EV_KEY].merge(std::set<unsigned int>{BTN_TRIGGER, BTN_SOUTH});
+          }),
+     {MOUSE, KEYBOARD}},
+    {"FrontPanelWithoutNamesWithoutUdev", unnamed({BTN_0, BTN_1}, {}), {REMOTE}},
     {"KeyboardThatSaysItIsAJoystick",
      with(keyboard(), [](auto& device) { device.properties["ID_INPUT_JOYSTICK"] = "1"; }),
      {KEYBOARD}},

@@ -233,7 +233,9 @@ long MockDevice::Answers::answer(unsigned long request, std::vector<unsigned cha
         return put(specification.axes.at(number - FIRST_AXIS), data);
     if (number == _IOC_NR(EVIOCGLED(0)))
         return put(specification.ledsOn, data);
-    if (number == _IOC_NR(EVIOCGPROP(0)) || number == _IOC_NR(EVIOCGSW(0)))
+    if (number == _IOC_NR(EVIOCGPROP(0)))
+        return put(specification.traits, data);
+    if (number == _IOC_NR(EVIOCGSW(0)))
         return static_cast<long>(data.size());
     std::lock_guard guard(mutex);
     return number == _IOC_NR(EVIOCGKEY(0)) ? put(keysDown, data) : -ENOENT;

@@ -23,6 +23,7 @@ struct DeviceSpecification {
     std::map<std::string, std::string> properties;          ///< what udev's rules say of it
     std::map<unsigned int, std::set<unsigned int>> codes{}; ///< by type
     std::map<unsigned int, input_absinfo> axes{};
+    std::set<unsigned int> traits{}; ///< what the kernel says of it: INPUT_PROP_
     std::set<unsigned int> ledsOn{};
     bool isReceiver = false; ///< of a remote control: its hardware is in the subsystem "rc"
 };
