@@ -260,6 +260,7 @@ const Classification CLASSIFICATIONS[] = {
           [](auto& device) {
               device.codes[EV_KEY].merge(std::set<unsigned int>{BTN_LEFT, BTN_TOOL_FINGER});
               device.codes[EV_ABS] = {ABS_X, ABS_Y};
+              device.axes = tablet().axes;
           }),
      {KEYBOARD}},
     {"KeyboardWithEveryButtonWithoutUdev",
