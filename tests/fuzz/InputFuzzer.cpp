@@ -113,12 +113,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     EventTranslator translator((data[0] & 1) != 0, [&](const auto& event) { application.hear(*event); });
     if ((data[0] & 2) != 0)
         translator.setAbsolute({-100, 32767, 0}, {0, 32767, 0}, {WIDTH, HEIGHT});
+    translator.enable({.keys = (data[0] & 4) == 0, .pointer = (data[0] & 8) == 0});
     for (std::size_t at = 1; at + sizeof(Report) <= size; at += sizeof(Report)) {
         Report report{};
         std::memcpy(&report, data + at, sizeof report);
         translator.handle(report.type, report.code, report.value);
     }
-    translator.releaseAll();
+    translator.enable({});
     application.checkThatNothingIsHeld();
     return 0;
 }
