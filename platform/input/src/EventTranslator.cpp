@@ -140,7 +140,8 @@ int EventTranslator::AbsoluteAxis::getPixel() const
     if (range <= 0)
         return 0;
     const std::int64_t place = std::clamp(axis.value, axis.minimum, axis.maximum) - std::int64_t{axis.minimum};
-    return clampToInt(place * (extent - 1) / range);
+    // Rounded: who scales a column to the axis may have rounded down already, and means the nearest one.
+    return clampToInt((place * (extent - 1) + range / 2) / range);
 }
 
 MouseEvent::Buttons EventTranslator::takeButtons()

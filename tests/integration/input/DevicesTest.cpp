@@ -43,7 +43,7 @@ TEST_F(Devices, AbsolutePointerGivesAPositionOnTheScreen)
     device.report({{EV_ABS, ABS_X, 0}, {EV_REL, REL_WHEEL, -1}});
     device.report({{EV_KEY, BTN_RIGHT, 1}});
 
-    EXPECT_EQ(listener.take(3), (Texts{"mouse at 1279,359", "mouse at 0,359 by 0,0,1", "mouse right pressed"}));
+    EXPECT_EQ(listener.take(3), (Texts{"mouse at 1279,360", "mouse at 0,360 by 0,0,1", "mouse right pressed"}));
 }
 
 TEST_F(Devices, KeyboardGivesCharactersWhereKeysHaveThem)

@@ -338,7 +338,24 @@ TEST_F(PointerTranslation, ScalesAPositionToTheScreen)
     end();
 
     // The axis that was not reported is where it was.
-    EXPECT_EQ(take(), (Texts{"mouse at 0,359", "mouse at 1279,719", "mouse at 1279,0"}));
+    EXPECT_EQ(take(), (Texts{"mouse at 0,360", "mouse at 1279,719", "mouse at 1279,0"}));
+}
+
+TEST_F(PointerTranslation, FindsEachPlaceOfAScreenAgainHoweverItWasScaledToTheAxis)
+{
+    constexpr int RANGE = 32767;
+    constexpr int WIDTH = 1920;
+    constexpr int HEIGHT = 1080;
+    translator->setAbsolute({0, RANGE, 0}, {-RANGE, 0, 0}, {WIDTH, HEIGHT});
+
+    for (int column = 0; column < WIDTH; ++column) {
+        const int row = column * (HEIGHT - 1) / (WIDTH - 1);
+        // One axis is rounded down and the other up.
+        place(ABS_X, column * RANGE / (WIDTH - 1));
+        place(ABS_Y, row * RANGE / (HEIGHT - 1) - RANGE + (row % (HEIGHT - 1) != 0 ? 1 : 0));
+        end();
+        ASSERT_EQ(take(), Texts{"mouse at " + std::to_string(column) + "," + std::to_string(row)});
+    }
 }
 
 TEST_F(PointerTranslation, HasThePositionAndTheWheelInOneEvent)
