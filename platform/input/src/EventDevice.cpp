@@ -1,5 +1,7 @@
 #include "EventDevice.h"
 
+#include "ButtonCodes.h"
+#include <bit>
 #include <cerrno>
 #include <fcntl.h>
 #include <libevdev/libevdev.h>
@@ -63,8 +65,16 @@ void EventDevice::start(const DeviceKind& kind, const ISurfaceCompositing::Dimen
 void EventDevice::enable(const EventTranslator::Parts& parts)
 {
     if (parts.keys && !translator->getEnabled().keys)
-        translator->setCapsLock(libevdev_get_event_value(device.get(), EV_LED, LED_CAPSL) != 0);
+        findKeys();
     translator->enable(parts);
+}
+
+void EventDevice::findKeys()
+{
+    translator->setCapsLock(libevdev_get_event_value(device.get(), EV_LED, LED_CAPSL) != 0);
+    for (unsigned int code = KEY_ESC; code <= KEY_MAX; ++code)
+        if (!isButton(code) && libevdev_get_event_value(device.get(), EV_KEY, code) != 0)
+            translator->setDown(code);
 }
 
 void EventDevice::findAxes(const ISurfaceCompositing::Dimensions& screen)

@@ -47,6 +47,7 @@ private:
         void operator()(libevdev* device) const;
     };
 
+    void findKeys();
     void findAxes(const ISurfaceCompositing::Dimensions& screen);
 
     const FileDescriptor descriptor;

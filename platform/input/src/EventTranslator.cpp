@@ -41,13 +41,21 @@ void EventTranslator::setCapsLock(bool on)
     capsLocked = on;
 }
 
+void EventTranslator::setDown(unsigned int code)
+{
+    held.try_emplace(code);
+}
+
 void EventTranslator::enable(const Parts& wanted)
 {
     const Parts before = std::exchange(parts, wanted);
+    const bool isPointerGoingOff = before.pointer && !wanted.pointer;
+    if (isPointerGoingOff)
+        dropFrame();
     if (before.keys && !wanted.keys)
         releaseKeys(false);
-    if (before.pointer && !wanted.pointer)
-        releasePointer();
+    if (isPointerGoingOff)
+        releaseButtons();
 }
 
 void EventTranslator::handle(unsigned int type, unsigned int code, int value)
@@ -75,15 +83,23 @@ void EventTranslator::handleKey(unsigned int code, int value)
             handleButton(buttons[code - BTN_LEFT], value == PRESSED);
         return;
     }
-    if (value != RELEASED) {
-        const auto [key, isNew] = held.try_emplace(code, characterOf(code));
-        if (isNew && code == KEY_CAPSLOCK)
-            setCapsLock(!capsLocked);
-        sendKey(code, key->second, true);
-    } else if (const auto key = held.extract(code)) {
+    if (value != RELEASED)
+        handlePress(code, value == REPEATED);
+    else if (const auto key = held.extract(code); key && key.mapped().isTold)
         // With the character of the press, although Shift may have been released in between.
-        sendKey(code, key.mapped(), false);
+        sendKey(code, key.mapped().character, false);
+}
+
+void EventTranslator::handlePress(unsigned int code, bool isRepeated)
+{
+    HeldKey& key = held[code];
+    if (!key.isTold) {
+        key = {characterOf(code), true};
+        // One that was down already has done its work, and repeats in vain.
+        if (code == KEY_CAPSLOCK && !isRepeated)
+            setCapsLock(!capsLocked);
     }
+    sendKey(code, key.character, true);
 }
 
 void EventTranslator::handleButton(Button& button, bool pressed)
@@ -128,6 +144,8 @@ bool EventTranslator::isAnyHeld(std::initializer_list<unsigned int> codes) const
 
 void EventTranslator::sendKey(unsigned int code, unsigned char character, bool pressed)
 {
+    // What the pointer did before the key comes before it: a drag that begins with a key held is none without it.
+    endFrame();
     if (character != 0)
         sink(std::make_shared<const AsciiEvent>(character, pressed));
     else
@@ -189,12 +207,12 @@ void EventTranslator::releaseKeys(bool areButtons)
     }
 }
 
-void EventTranslator::releasePointer()
+void EventTranslator::releaseButtons()
 {
     releaseKeys(true);
     for (Button& button : buttons)
         handleButton(button, false);
-    dropFrame();
+    endFrame();
 }
 
 } // namespace Corvane

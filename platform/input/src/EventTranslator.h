@@ -15,8 +15,9 @@ namespace Corvane
 
 /// Turns what one device reports, in the words of Linux's input layer, into input events. Not synchronised.
 ///
-/// A key gives an event at once, everything that belongs to the pointer one event a frame. Every press is followed by
-/// its release, at the latest when its part of the device is turned off, and nothing is released that was not pressed.
+/// A key gives an event at once, everything that belongs to the pointer one event a frame, or two when a key comes in
+/// between: what the device reports keeps its order. Every press is followed by its release, at the latest when its
+/// part of the device is turned off, and nothing is released that was not pressed.
 ///
 ///     EventTranslator translator(true, [](EventTranslator::EventPointer event) { ... });
 ///     translator.enable({.keys = true});
@@ -48,6 +49,9 @@ public:
     /// From now on the two axes give a position on a screen of this size.
     void setAbsolute(const Axis& x, const Axis& y, const ISurfaceCompositing::Dimensions& screen);
     void setCapsLock(bool on);
+    /// Says of a key that it is down already. It counts where it changes others, as Shift does; its release is not told
+    /// unless it is pressed or repeats before.
+    void setDown(unsigned int code);
     /// Turns parts on and off. What is held on a part that goes off is released; the movement of an open frame is
     /// dropped then.
     void enable(const Parts& wanted);
@@ -57,6 +61,10 @@ public:
     void handle(unsigned int type, unsigned int code, int value);
 
 private:
+    struct HeldKey {
+        unsigned char character = 0; ///< that its press was told as; 0 for none
+        bool isTold = false;         ///< its press was
+    };
     struct Button {
         bool isPressed = false;
         bool hasChanged = false;
@@ -68,9 +76,10 @@ private:
     };
 
     void handleKey(unsigned int code, int value);
+    void handlePress(unsigned int code, bool isRepeated);
     void handleButton(Button& button, bool pressed);
     void releaseKeys(bool areButtons);
-    void releasePointer();
+    void releaseButtons();
     void handleRelative(unsigned int code, int value);
     void handleAbsolute(unsigned int code, int value);
     unsigned char characterOf(unsigned int code) const;
@@ -83,7 +92,7 @@ private:
     const bool hasCharacters;
     const Sink sink;
     Parts parts;
-    std::map<unsigned int, unsigned char> held; ///< codes, each with the character that its press was sent as, or 0
+    std::map<unsigned int, HeldKey> held; ///< by code
     bool capsLocked = false;
 
     std::array<Button, 3> buttons;          ///< left, right, middle: in the order of Linux's codes

@@ -127,6 +127,37 @@ TEST_F(Devices, KeyThatIsHeldWhenItsDeviceIsOpenedGivesNoReleaseAlone)
     EXPECT_EQ(listener.take(), "KEY_UP pressed");
 }
 
+TEST_F(Devices, ShiftAndCapsLockThatAreHeldWhenTheirDeviceIsOpenedCountAsHeld)
+{
+    DeviceSpecification locked = keyboardWithTrackBall();
+    locked.ledsOn = {LED_CAPSL};
+    locked.keysDown = {KEY_RIGHTSHIFT, KEY_CAPSLOCK};
+    MockDevice device(machine, locked);
+    driver.enableKeyboard();
+    driver.start();
+    device.report({{EV_KEY, KEY_CAPSLOCK, 2}});
+    ASSERT_EQ(listener.take(), "KEY_CAPSLOCK pressed");
+    device.press(KEY_A);
+    device.press(KEY_1);
+    EXPECT_EQ(listener.take(2), (Texts{"'a' pressed", "'!' pressed"}));
+
+    // Also when the device was open before, for its pointer.
+    driver.enableMouse();
+    driver.disableKeyboard();
+    EXPECT_EQ(listener.take(3), (Texts{"'!' released", "'a' released", "KEY_CAPSLOCK released"}));
+    device.release(KEY_RIGHTSHIFT);
+    device.release(KEY_CAPSLOCK);
+    device.report({{EV_REL, REL_X, 1}});
+    ASSERT_EQ(listener.take(), "mouse by 1,0,0");
+    driver.enableKeyboard();
+    driver.disableMouse();
+    ASSERT_TRUE(await([&] {
+        device.press(KEY_B);
+        return !listener.events.isEmpty();
+    }));
+    EXPECT_EQ(listener.take(), "'B' pressed");
+}
+
 /// A device that udev's rules call a few keys and something else.
 struct OtherDevice {
     const char* property;

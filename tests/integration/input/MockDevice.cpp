@@ -176,7 +176,10 @@ void MockMachine::add(const std::string& description)
 class MockDevice::Answers
 {
 public:
-    explicit Answers(const DeviceSpecification& specification) : specification(specification) {}
+    explicit Answers(const DeviceSpecification& specification)
+        : specification(specification), keysDown(specification.keysDown)
+    {
+    }
 
     void setKey(unsigned int code, bool isDown)
     {

@@ -25,7 +25,8 @@ struct DeviceSpecification {
     std::map<unsigned int, input_absinfo> axes{};
     std::set<unsigned int> traits{}; ///< what the kernel says of it: INPUT_PROP_
     std::set<unsigned int> ledsOn{};
-    bool isReceiver = false; ///< of a remote control: its hardware is in the subsystem "rc"
+    std::set<unsigned int> keysDown{}; ///< when it is plugged in
+    bool isReceiver = false;           ///< of a remote control: its hardware is in the subsystem "rc"
 };
 
 /// The kinds of device that the tests use.

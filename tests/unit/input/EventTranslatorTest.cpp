@@ -169,6 +169,60 @@ TEST_F(KeyTranslation, TakesARepetitionOfAKeyThatItDidNotSeePressedForAPress)
     EXPECT_EQ(take(), (Texts{"'a' pressed", "'a' released"}));
 }
 
+TEST_F(KeyTranslation, MindsAShiftThatWasDownAlreadyUntilItIsReleased)
+{
+    for (const unsigned int shift : {KEY_LEFTSHIFT, KEY_RIGHTSHIFT}) {
+        translator->setDown(shift);
+        press(KEY_A);
+        release(shift);
+        press(KEY_B);
+        EXPECT_EQ(take(), (Texts{"'A' pressed", "'b' pressed"}));
+        release(KEY_A);
+        release(KEY_B);
+        take();
+    }
+}
+
+TEST_F(KeyTranslation, TellsAKeyThatWasDownAlreadyOnceItIsPressedOrRepeats)
+{
+    translator->setDown(KEY_OK);
+    translator->setDown(KEY_A);
+    translator->setDown(KEY_UP);
+    EXPECT_EQ(take(), Texts{});
+
+    press(KEY_OK);
+    key(KEY_A, 2);
+    release(KEY_OK);
+    release(KEY_A);
+    release(KEY_UP);
+    EXPECT_EQ(take(), (Texts{"KEY_OK pressed", "'a' pressed", "KEY_OK released", "'a' released"}));
+}
+
+TEST_F(KeyTranslation, ForgetsAKeyThatWasDownAlreadyWhenItIsTurnedOff)
+{
+    translator->setDown(KEY_LEFTSHIFT);
+    translator->enable({.pointer = true});
+    translator->enable({.keys = true});
+
+    press(KEY_A);
+
+    EXPECT_EQ(take(), Texts{"'a' pressed"});
+}
+
+TEST_F(KeyTranslation, KeepsCapsLockWhenTheKeyWasDownAlreadyAndRepeats)
+{
+    translator->setCapsLock(true);
+    translator->setDown(KEY_CAPSLOCK);
+    key(KEY_CAPSLOCK, 2);
+    key(KEY_CAPSLOCK, 2);
+    release(KEY_CAPSLOCK);
+    take();
+
+    press(KEY_A);
+
+    EXPECT_EQ(take(), Texts{"'A' pressed"});
+}
+
 TEST_F(KeyTranslation, IgnoresCodesAndValuesOutOfRange)
 {
     press(KEY_RESERVED);
@@ -212,13 +266,14 @@ TEST_F(KeyTranslation, EndsWithTheKeysThatAreTurnedOffWhileThePointerGoesOn)
     take();
 
     translator->enable({.pointer = true});
-    EXPECT_EQ(take(), Texts{"'a' released"});
+    EXPECT_EQ(take(), (Texts{"mouse left pressed by 2,0,0", "'a' released"}));
 
     release(KEY_A);
     press(KEY_B);
     release(BTN_SIDE);
+    move(REL_X, 3);
     end();
-    EXPECT_EQ(take(), (Texts{"BTN_SIDE released", "mouse left pressed by 2,0,0"}));
+    EXPECT_EQ(take(), (Texts{"BTN_SIDE released", "mouse left held by 3,0,0"}));
 }
 
 TEST_F(PointerTranslation, EndsWithThePointerThatIsTurnedOffWhileTheKeysGoOn)
@@ -256,6 +311,20 @@ TEST_F(PointerTranslation, GivesOneEventAFrame)
 
     end();
     EXPECT_EQ(take(), Texts{});
+}
+
+TEST_F(PointerTranslation, KeepsItsOrderAmongTheKeysOfAFrame)
+{
+    press(BTN_LEFT);
+    move(REL_X, 1);
+    press(KEY_LEFTCTRL);
+    move(REL_X, 2);
+    press(BTN_SIDE);
+    release(BTN_LEFT);
+    end();
+
+    EXPECT_EQ(take(), (Texts{"mouse left pressed by 1,0,0", "KEY_LEFTCTRL pressed", "mouse left held by 2,0,0",
+                             "BTN_SIDE pressed", "mouse left released"}));
 }
 
 TEST_F(PointerTranslation, TellsButtonsThatChangedFromThoseThatAreHeld)
