@@ -63,11 +63,19 @@ constexpr auto IDENTIFIERS = [] {
     return identifiers;
 }();
 
+/// @return DIKS_NULL for a code that is no key
+DFBInputDeviceKeySymbol findCustomSymbol(IWindowEvent::KeyEvent::Code code)
+{
+    const auto keys = getDFBCustomKeys();
+    const auto key = std::ranges::find(keys, code);
+    return key != keys.end() ? static_cast<DFBInputDeviceKeySymbol>(DFB_CUSTOM_KEY(key - keys.begin())) : DIKS_NULL;
+}
+
 DFBKeyRow find(IWindowEvent::KeyEvent::Code code)
 {
     const auto rows = getDFBKeyRows();
     const auto row = std::ranges::lower_bound(rows, code, {}, &DFBKeyRow::code);
-    return row != rows.end() && row->code == code ? *row : DFBKeyRow{code, DIKI_UNKNOWN, DIKS_NULL};
+    return row != rows.end() && row->code == code ? *row : DFBKeyRow{code, DIKI_UNKNOWN, findCustomSymbol(code)};
 }
 
 } // namespace

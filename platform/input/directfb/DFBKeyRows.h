@@ -17,4 +17,7 @@ struct DFBKeyRow {
 /// @return every such key, in the order of the codes
 std::span<const DFBKeyRow> getDFBKeyRows();
 
+/// @return the codes of the other keys; the first has the symbol DFB_CUSTOM_KEY(0), the next DFB_CUSTOM_KEY(1)
+std::span<const std::uint16_t> getDFBCustomKeys();
+
 } // namespace Corvane
