@@ -221,8 +221,9 @@ TEST(DFBInputEvents, KnowThoseThatHaveAnotherNameOrASymbolThatComesNear)
         const auto expected = counterparts.find(code);
         EXPECT_EQ(identifierOf(code), expected == counterparts.end() ? DIKI_UNKNOWN : expected->second.identifier)
             << code;
-        if (expected != counterparts.end())
+        if (expected != counterparts.end()) {
             EXPECT_EQ(symbolOf(code), expected->second.symbol) << code;
+        }
         identifiers += identifierOf(code) != DIKI_UNKNOWN ? 1 : 0;
     }
     for (const auto& [code, symbol] : unnamedSymbols())
