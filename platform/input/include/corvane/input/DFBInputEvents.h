@@ -9,10 +9,10 @@ namespace Corvane
 /// What the keys of input events are called in DirectFB. Part of the library only where it is built with DirectFB.
 ///
 /// A key's identifier says which key of a US keyboard it is, whatever is held besides; its symbol says what it means.
-/// Keys of remote controls mostly have a symbol only. A key that DirectFB has no symbol for has the nearest one, as Menu
-/// for KEY_ROOT_MENU. All others have symbols of their own, from DFB_CUSTOM_KEY(0) on; their numbers do not change, but
-/// an application better compares than counts: `symbol == DFBInputEvents::getDirectFBKeySymbol(Code(KEY_SEARCH))`.
-/// Thread-safe, does not block.
+/// Keys of remote controls mostly have a symbol only. A key that DirectFB has no symbol for has the nearest one, as
+/// Menu for KEY_ROOT_MENU. All others have symbols of their own, from DFB_CUSTOM_KEY(0) on; their numbers do not
+/// change, but an application better compares a symbol with what these functions return for the key. Thread-safe, does
+/// not block.
 ///
 ///     DFBInputEvents::getDirectFBKeySymbol(IWindowEvent::KeyEvent::Code(KEY_OK)); // DIKS_OK
 class CORVANE_EXPORT DFBInputEvents
