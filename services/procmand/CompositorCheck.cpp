@@ -13,6 +13,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <stdexcept>
+#include <string>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -53,7 +54,8 @@ pid_t startCheck()
         openDirectFBScreen(DirectFBTalk::ALL).reset();
         std::cout << "DirectFB starts" << std::endl;
     } catch (const std::exception& error) {
-        std::cerr << "corvane-procmand: " << error.what() << std::endl;
+        // At once: a thread of DirectFB may fault while this one writes.
+        std::cerr << std::string("corvane-procmand: ") + error.what() + '\n';
         status = EXIT_FAILURE;
     }
     _exit(status);
