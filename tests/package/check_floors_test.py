@@ -72,6 +72,12 @@ class CheckFloors(unittest.TestCase):
         self.write("tools/corvanectl/main.cpp", '#include "Output.h"\n#include <corvane/Window.h>\n')
         self.assertEqual(self.check().returncode, 0, self.check().stdout)
 
+    def test_refuses_a_room_of_the_process_manager_that_knows_the_one_above(self):
+        self.write("daemons/procmand/box/Box.h", PUBLIC)
+        self.write("daemons/procmand/box/Box.cpp", '#include "box/Box.h"\n')
+        self.assertEqual(self.check().returncode, 0, self.check().stdout)
+        self.assert_refused("daemons/procmand/launch/Launcher.cpp", '#include "box/Box.h"\n', "this room is above")
+
     def test_refuses_another_library_in_a_public_header(self):
         self.assert_refused("include/corvane/foundation/Text.h", PUBLIC + "#include <json/json.h>\n", "keeps other")
 

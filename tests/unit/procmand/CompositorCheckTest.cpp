@@ -1,6 +1,6 @@
-#include "CompositorCheck.h"
+#include "screen/CompositorCheck.h"
 
-#include "CompositorDirectFB.h"
+#include "screen/CompositorDirectFB.h"
 
 #include <csignal>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "CompositorLayout.h"
+#include "screen/CompositorLayout.h"
 
 #include <gtest/gtest.h>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "CompositorThread.h"
+#include "screen/CompositorThread.h"
 
 #include <gtest/gtest.h>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "EventLoop.h"
+#include "box/EventLoop.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Links.h"
+#include "supervision/Links.h"
 
 #include <corvane/common/RPCServer.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "OutputFiles.h"
+#include "launch/OutputFiles.h"
 
 #include <cstdint>
 #include <filesystem>

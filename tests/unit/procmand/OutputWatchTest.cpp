@@ -1,4 +1,4 @@
-#include "OutputWatch.h"
+#include "launch/OutputWatch.h"
 
 #include <gtest/gtest.h>
 #include <support/Await.h>

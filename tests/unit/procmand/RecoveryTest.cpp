@@ -1,6 +1,6 @@
-#include "Recovery.h"
-#include "Box.h"
-#include "History.h"
+#include "history/Recovery.h"
+#include "box/Box.h"
+#include "history/History.h"
 
 #include <filesystem>
 #include <fstream>

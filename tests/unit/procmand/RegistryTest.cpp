@@ -1,4 +1,4 @@
-#include "ManagedApplication.h"
+#include "box/ManagedApplication.h"
 
 #include <gtest/gtest.h>
 

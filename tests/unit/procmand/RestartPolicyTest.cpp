@@ -1,4 +1,4 @@
-#include "RestartPolicy.h"
+#include "supervision/RestartPolicy.h"
 
 #include <gtest/gtest.h>
 

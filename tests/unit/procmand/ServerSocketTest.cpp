@@ -1,4 +1,4 @@
-#include "ServerSocket.h"
+#include "box/ServerSocket.h"
 
 #include <corvane/common/FileDescriptor.h>
 #include <corvane/common/RPCServer.h>

@@ -1,4 +1,4 @@
-#include "StateLock.h"
+#include "history/StateLock.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

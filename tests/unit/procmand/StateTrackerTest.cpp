@@ -1,4 +1,4 @@
-#include "StateTracker.h"
+#include "supervision/StateTracker.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

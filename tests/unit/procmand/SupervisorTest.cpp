@@ -1,4 +1,4 @@
-#include "Supervisor.h"
+#include "supervision/Supervisor.h"
 
 #include <corvane/common/RPCServer.h>
 #include <csignal>

@@ -1,6 +1,6 @@
-#include "WindowStack.h"
+#include "screen/WindowStack.h"
 
-#include "Placement.h"
+#include "screen/Placement.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

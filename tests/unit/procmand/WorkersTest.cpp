@@ -1,4 +1,4 @@
-#include "Workers.h"
+#include "box/Workers.h"
 
 #include <gtest/gtest.h>
 #include <latch>

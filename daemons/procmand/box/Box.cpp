@@ -1,0 +1,91 @@
+#include "box/Box.h"
+
+#include <set>
+
+namespace Procmand
+{
+
+namespace
+{
+
+/// A hundred applications may be slow to answer at once; a thread that waits costs little.
+constexpr unsigned int WORKER_LIMIT = 128;
+
+const char* phaseOf(const ManagedApplication& application)
+{
+    switch (application.phase) {
+    case ManagedApplication::Phase::WAITING:
+        return StartRecord::WAITING;
+    case ManagedApplication::Phase::GIVEN_UP:
+        return StartRecord::GIVEN_UP;
+    default:
+        return StartRecord::RUNNING;
+    }
+}
+
+} // namespace
+
+Box::Box(Settings settings, Notices::Sink sink)
+    : settings(std::move(settings)),
+      folder(this->settings.stateFolder),
+      loop(lock),
+      notices(std::move(sink)),
+      files(this->settings.stateFolder + "/output"),
+      history(this->settings.stateFolder + "/history.jsonl"),
+      windows(this->settings.windowLimit),
+      workers(WORKER_LIMIT)
+{
+}
+
+void Box::remember(PastRecord record)
+{
+    past.push_back(std::move(record));
+    if (past.size() > PAST_LIMIT)
+        past.pop_front();
+    history.append(past.back().text);
+    if (history.isLong())
+        compactHistory();
+}
+
+void Box::dropOutput() const
+{
+    std::set<std::string> tokens;
+    for (const PastRecord& record : past)
+        tokens.insert(record.uid);
+    for (const auto& [uid, application] : registry.getAll())
+        tokens.insert(uid);
+    files.keepOnly(tokens);
+}
+
+void Box::compactHistory()
+{
+    // The past first: an end of an application that lives again must not follow the record of its start.
+    std::vector<std::string> records;
+    for (const PastRecord& record : past)
+        records.push_back(record.text);
+    for (const auto& [uid, application] : registry.getAll()) {
+        if (application.phase == ManagedApplication::Phase::STARTING)
+            continue; // its record comes when it has started
+        records.push_back(makeStartRecord(application).write());
+    }
+    records.push_back(writeWindowsRecord(windows.getWindows()));
+    history.rewrite(records);
+}
+
+StartRecord makeStartRecord(const ManagedApplication& application)
+{
+    return {.time = tellTime(),
+            .boot = readBoot(),
+            .uid = application.uid,
+            .pid = application.process ? application.process->getPid() : 0,
+            .startTime = application.process ? application.process->getStartTime() : std::string(),
+            .program = application.program,
+            .type = application.type,
+            .phase = phaseOf(application),
+            .restarts = application.restarts,
+            .restartsInRow = application.restartsInRow,
+            .placement = application.placement,
+            .request = application.request};
+}
+
+} // namespace Procmand

@@ -1,0 +1,138 @@
+#include "server/JsonValue.h"
+#include "server/ManagerServer.h"
+
+#include <corvane/foundation/ValueObjects.h>
+
+/// The handlers of IWindowCompositing.
+namespace Procmand
+{
+
+namespace
+{
+
+using Corvane::deserialize;
+using Corvane::Deserializer;
+using Corvane::IRPC::RPCResultObject;
+using Corvane::IRPC::RPCReturnObject;
+using Rect = Corvane::ISurfaceCompositing::Rect;
+
+constexpr char VISIBILITY[] = "visibility";
+constexpr char OPACITY[] = "opacity";
+constexpr char Z_ORDER[] = "zorder";
+constexpr char LOCATION[] = "location";
+
+/// How many screenshots are kept; the next one takes the place of the oldest.
+constexpr unsigned int SCREENSHOT_LIMIT = 16;
+
+Corvane::BooleanObject asSerialObject(bool value)
+{
+    return Corvane::BooleanObject(value);
+}
+
+Corvane::UInt32Object asSerialObject(unsigned int value)
+{
+    return Corvane::UInt32Object(value);
+}
+
+const Rect& asSerialObject(const Rect& value)
+{
+    return value;
+}
+
+} // namespace
+
+/// `OPERATION` is the operation of the stack, `KEY` the name of its parameter.
+template <class T, auto OPERATION, const char* KEY>
+std::string ManagerServer::setProperty(const Request& request)
+{
+    Deserializer parameters(request.getParameters());
+    const auto index = deserialize<unsigned int>("index", parameters);
+    const T value = deserialize<T>(KEY, parameters);
+    windows.change([&](WindowStack& stack) { (stack.*OPERATION)(index, value); });
+    return RPCReturnObject(request).serialize();
+}
+
+template <auto MEMBER>
+std::string ManagerServer::getProperty(const Request& request)
+{
+    Deserializer parameters(request.getParameters());
+    const WindowState& window = windows.require(deserialize<unsigned int>("index", parameters));
+    return RPCResultObject(request, asSerialObject(window.*MEMBER)).serialize();
+}
+
+template <auto OPERATION>
+std::string ManagerServer::stack(const Request& request)
+{
+    Deserializer parameters(request.getParameters());
+    const auto index = deserialize<unsigned int>("index", parameters);
+    windows.change([index](WindowStack& windows) { (windows.*OPERATION)(index); });
+    return RPCReturnObject(request).serialize();
+}
+
+void ManagerServer::fillCompositingMethods()
+{
+    using Server = ManagerServer;
+    MethodTable& methods = interfaces["IWindowCompositing"];
+    methods["setVisibility"] =
+        static_cast<Handler>(&Server::setProperty<bool, &WindowStack::setVisibility, VISIBILITY>);
+    methods["getVisibility"] = static_cast<Handler>(&Server::getProperty<&WindowState::visibility>);
+    methods["setOpacity"] = static_cast<Handler>(&Server::setProperty<unsigned int, &WindowStack::setOpacity, OPACITY>);
+    methods["getOpacity"] = static_cast<Handler>(&Server::getProperty<&WindowState::opacity>);
+    methods["setZOrder"] = static_cast<Handler>(&Server::setProperty<unsigned int, &WindowStack::setZOrder, Z_ORDER>);
+    methods["getZOrder"] = static_cast<Handler>(&Server::getProperty<&WindowState::zOrder>);
+    methods["setLocation"] = static_cast<Handler>(&Server::setProperty<Rect, &WindowStack::setLocation, LOCATION>);
+    methods["getLocation"] = static_cast<Handler>(&Server::getProperty<&WindowState::location>);
+    methods["bringToFront"] = static_cast<Handler>(&Server::stack<&WindowStack::bringToFront>);
+    methods["sendToBack"] = static_cast<Handler>(&Server::stack<&WindowStack::sendToBack>);
+    methods["bringForward"] = static_cast<Handler>(&Server::stack<&WindowStack::bringForward>);
+    methods["sendBackward"] = static_cast<Handler>(&Server::stack<&WindowStack::sendBackward>);
+    methods["getWindows"] = static_cast<Handler>(&Server::getWindows);
+    methods["setFocus"] = static_cast<Handler>(&Server::setFocus);
+    methods["screenshot"] = static_cast<Handler>(&Server::screenshot);
+}
+
+std::string ManagerServer::getWindows(const Request& request)
+{
+    Corvane::Serializer serializer;
+    serializer.beginArray("");
+    for (const WindowState& window : box.windows.getWindows()) {
+        serializer.beginObject("");
+        window.serialize(serializer);
+        if (const ManagedApplication* const application = box.registry.find(window.uid))
+            application->writeIdentity(serializer);
+        serializer.writeBoolean("focus", window.uid == focus.getFocused());
+        serializer.endObject("");
+    }
+    serializer.endArray("");
+    return RPCResultObject(request, JsonValue(serializer.generate())).serialize();
+}
+
+std::string ManagerServer::setFocus(const Request& request)
+{
+    Deserializer parameters(request.getParameters());
+    const auto uid = deserialize<std::string>("uid", parameters);
+    const bool obtained = deserialize<bool>("obtained", parameters);
+    if (!box.registry.require(uid).isConnected)
+        throw std::runtime_error("the application " + uid + " has no control server");
+    focus.request(uid, obtained);
+    return RPCReturnObject(request).serialize();
+}
+
+std::string ManagerServer::screenshot(const Request& request)
+{
+    // Beside the sockets: whoever may call may read there.
+    const std::string socket = getFixedRPCAddress();
+    const std::string file = socket.substr(0, socket.rfind('/')) + "/screenshot-" +
+                             std::to_string(screenshots++ % SCREENSHOT_LIMIT) + ".png";
+    box.compositor->screenshot(file, [this, file](const std::string& problem) {
+        box.loop.post([this, file, problem] {
+            if (problem.empty())
+                box.notices.onScreenshot(file);
+            else
+                box.notices.onScreenshotFailure(file, problem);
+        });
+    });
+    return RPCResultObject(request, Corvane::StringObject(file)).serialize();
+}
+
+} // namespace Procmand

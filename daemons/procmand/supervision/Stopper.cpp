@@ -1,0 +1,110 @@
+#include "supervision/Stopper.h"
+
+#include "box/ServerSocket.h"
+
+#include <corvane/foundation/DebugPrint.h>
+#include <corvane/interfaces/ILifecycleManagement.h>
+#include <csignal>
+
+namespace Procmand
+{
+
+namespace
+{
+
+enum Stage : unsigned int { ASKED, TERMINATED, KILLED, GIVEN_UP };
+
+/// @return whether the application answered
+bool sendRequest(const std::string& uid, StopPurpose purpose, Settings::Duration deadline)
+{
+    try {
+        Corvane::RPCClient client(serverNameOf(uid));
+        if (purpose == StopPurpose::RUNAWAY)
+            client.call("IApplication::setState",
+                        R"({"requestedState":")" + Corvane::ILifecycleManagement::STATE_RUNAWAY + R"("})", deadline);
+        else
+            client.call("IApplication::terminate", "{}", deadline);
+        return true;
+    } catch (const std::exception& error) {
+        Corvane::corvaneDebugPrint(Corvane::DEBUG_INFO, "procmand", "Stopper", __LINE__, "%s: %s\n", uid.c_str(),
+                                   error.what());
+        return false;
+    }
+}
+
+} // namespace
+
+Stopper::Stopper(Box& box) : box(box) {}
+
+void Stopper::begin(ManagedApplication& application, StopPurpose purpose)
+{
+    const bool isUnderWay = application.stopTimer != 0;
+    application.stopPurpose = purpose;
+    if (!isUnderWay)
+        enter(application, application.isConnected ? ASKED : TERMINATED);
+}
+
+std::string Stopper::finish(ManagedApplication& application)
+{
+    box.loop.cancel(application.stopTimer);
+    application.stopPurpose = StopPurpose::NONE;
+    return application.stopStage == ASKED ? "terminate" : application.stopStage == TERMINATED ? "SIGTERM" : "SIGKILL";
+}
+
+void Stopper::enter(ManagedApplication& application, unsigned int stage)
+{
+    box.loop.cancel(application.stopTimer);
+    application.stopStage = stage;
+    if (stage == ASKED)
+        ask(application);
+    else if (stage == TERMINATED)
+        signal(application, SIGTERM, box.settings.termDeadline);
+    else if (stage == KILLED)
+        signal(application, SIGKILL, box.settings.killDeadline);
+    else
+        giveUp(application);
+}
+
+void Stopper::ask(ManagedApplication& application)
+{
+    const StopPurpose purpose = application.stopPurpose;
+    const Settings::Duration deadline =
+        purpose == StopPurpose::RUNAWAY ? box.settings.callDeadline : box.settings.terminateDeadline;
+    enterLater(application, deadline, TERMINATED);
+    box.workers.run([this, uid = application.uid, generation = application.generation, purpose, deadline] {
+        if (sendRequest(uid, purpose, deadline))
+            return;
+        box.loop.post([this, uid, generation] {
+            ManagedApplication* const unreachable = box.registry.find(uid, generation);
+            if (unreachable != nullptr && unreachable->isAlive() && unreachable->stopTimer != 0 &&
+                unreachable->stopStage == ASKED)
+                enter(*unreachable, TERMINATED);
+        });
+    });
+}
+
+void Stopper::signal(ManagedApplication& application, int signal, Settings::Duration deadline)
+{
+    application.process->sendSignal(signal);
+    enterLater(application, deadline, application.stopStage + 1);
+}
+
+void Stopper::giveUp(ManagedApplication& application)
+{
+    const char* const reason = "it did not end after SIGKILL";
+    Corvane::corvaneDebugPrint(Corvane::DEBUG_ERROR, "procmand", "Stopper", __LINE__, "%s: %s\n",
+                               application.uid.c_str(), reason);
+    // Its purpose stays: should the process end after all, it is not started again against somebody's will.
+    box.notices.onStopFailure(application.uid, reason);
+}
+
+void Stopper::enterLater(ManagedApplication& application, Settings::Duration delay, unsigned int stage)
+{
+    application.stopTimer =
+        box.loop.schedule(delay, [this, uid = application.uid, generation = application.generation, stage] {
+            if (ManagedApplication* const late = box.registry.find(uid, generation); late != nullptr && late->isAlive())
+                enter(*late, stage);
+        });
+}
+
+} // namespace Procmand

@@ -1,0 +1,394 @@
+#include "supervision/Supervisor.h"
+
+#include "box/ServerSocket.h"
+#include "launch/Launcher.h"
+#include "launch/Token.h"
+
+#include <algorithm>
+#include <corvane/foundation/DebugPrint.h>
+#include <corvane/foundation/Deserializer.h>
+#include <corvane/interfaces/IApplicationManager.h>
+#include <corvane/interfaces/ILifecycleManagement.h>
+#include <stdexcept>
+
+namespace Procmand
+{
+
+namespace
+{
+
+using Corvane::corvaneDebugPrint;
+using Corvane::ILifecycleManagement;
+using Phase = ManagedApplication::Phase;
+
+/// How long the last words of a process that has ended are waited for.
+constexpr std::chrono::seconds LAST_WORDS_DEADLINE{1};
+/// A deadline that is noticed so late passed while this process itself was held up.
+constexpr std::chrono::seconds HELD_UP{1};
+
+/// @return the application type that a command line gives, empty for none
+std::string findType(std::vector<std::string> command)
+{
+    std::vector<char*> words;
+    for (std::string& word : command)
+        words.push_back(word.data());
+    return Corvane::IApplicationManager::LaunchParameters(static_cast<int>(words.size()), words.data())
+        .getApplicationType();
+}
+
+} // namespace
+
+Supervisor::Supervisor(Box& box, FocusControl& focus, WindowService& windows)
+    : box(box), focus(focus), windows(windows), states(box), stopper(box), links(box, *this)
+{
+}
+
+void Supervisor::start(const std::string& folder)
+{
+    links.start(folder);
+}
+
+std::string Supervisor::launch(LaunchRequest request)
+{
+    if (box.isEnding)
+        throw std::runtime_error("the process manager is ending");
+    takeWords(request);
+    ManagedApplication& application = box.registry.add(request.uid.empty() ? makeToken() : request.uid);
+    application.program = request.program;
+    application.type = request.applicationType;
+    application.request = std::move(request);
+    startProgram(application);
+    return application.uid;
+}
+
+void Supervisor::takeWords(const LaunchRequest& request)
+{
+    for (const std::string& word : {request.name, request.uid}) {
+        const ManagedApplication* const holder = box.registry.findHolder(word);
+        if (holder != nullptr && holder->phase != Phase::GIVEN_UP)
+            throw std::runtime_error(
+                word + " is taken: it is the " +
+                (word == holder->uid ? "uid of an application" : "name of an application, " + holder->uid));
+    }
+    if (!request.uid.empty() && findServer(serverNameOf(request.uid)) != 0)
+        throw std::runtime_error(request.uid + " is taken: a process that was not launched here has it");
+    for (const std::string& word : {request.name, request.uid})
+        if (ManagedApplication* const holder = box.registry.findHolder(word))
+            forget(*holder);
+}
+
+void Supervisor::startProgram(ManagedApplication& application)
+{
+    application.phase = Phase::STARTING;
+    LaunchRequest request = *application.request;
+    if (application.takesPlaceBack)
+        request.compositingParameters = application.placement->apply(request.compositingParameters);
+    box.workers.run([this, uid = application.uid, generation = application.generation, request = std::move(request)] {
+        std::shared_ptr<Process> process;
+        std::string problem;
+        try {
+            process = std::make_shared<Process>(Procmand::launch(request, uid, box.files));
+        } catch (const std::exception& error) {
+            problem = error.what();
+        }
+        box.loop.post([this, uid, generation, process, problem] {
+            ManagedApplication* const application = box.registry.find(uid, generation);
+            if (process)
+                onStarted(*application, std::move(*process));
+            else
+                onStartFailure(*application, problem);
+        });
+    });
+}
+
+void Supervisor::onStarted(ManagedApplication& application, Process process)
+{
+    watch(application, std::move(process));
+    box.notices.onLaunch(application.uid, application.process->getPid(), application.program, application.restarts);
+    // It may have been asked to stop while it was being started.
+    if (application.stopPurpose != StopPurpose::NONE)
+        beginStop(application, application.stopPurpose);
+}
+
+void Supervisor::onStartFailure(ManagedApplication& application, const std::string& reason)
+{
+    corvaneDebugPrint(Corvane::DEBUG_ERROR, "procmand", "Supervisor", __LINE__, "%s: %s\n", application.uid.c_str(),
+                      reason.c_str());
+    box.notices.onLaunchFailure(application.uid, application.program, reason);
+    if (application.stopPurpose == StopPurpose::STOP)
+        box.notices.onStop(application.uid, "terminate");
+    // What has run before may run again, for instance when an update of its program is complete.
+    if (application.restarts > 0 && application.stopPurpose != StopPurpose::STOP)
+        return restartByPolicy(application, true, std::chrono::milliseconds::zero());
+    forget(application);
+}
+
+void Supervisor::watch(ManagedApplication& application, Process process)
+{
+    application.phase = Phase::RUNNING;
+    application.process = std::move(process);
+    box.history.append(makeStartRecord(application).write());
+    box.loop.watch(application.process->getDescriptor(),
+                   [this, uid = application.uid, generation = application.generation] {
+                       if (ManagedApplication* const ended = box.registry.find(uid, generation))
+                           onProcessEnd(*ended);
+                   });
+    links.connect(application);
+}
+
+bool Supervisor::adopt(const std::string& uid, pid_t pid)
+{
+    if (ManagedApplication* const known = box.registry.find(uid)) {
+        // Who registers has its control server up by now, if it has one.
+        if (known->isAlive())
+            links.connect(*known);
+        return true;
+    }
+    std::optional<Process> process = Process::find(pid, false);
+    if (uid.empty() || !process || process->hasEnded()) {
+        corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Supervisor", __LINE__,
+                          "application %s with process %d is not there\n", uid.c_str(), static_cast<int>(pid));
+        return false;
+    }
+    ManagedApplication& application = box.registry.add(uid);
+    const std::vector<std::string> command = process->readCommand();
+    application.program = command.empty() ? std::string() : command.front();
+    application.type = findType(command);
+    watch(application, std::move(*process));
+    box.notices.onRegister(uid, pid, application.program);
+    return true;
+}
+
+void Supervisor::recover(const Recovery::Application& recovered)
+{
+    const StartRecord& start = recovered.start;
+    if (start.boot != readBoot() || box.registry.find(start.uid) != nullptr)
+        return;
+    std::optional<Process> process = Process::find(start.pid, start.request.has_value());
+    const bool lives =
+        !recovered.hasEnded && process && !process->hasEnded() && process->getStartTime() == start.startTime;
+    ManagedApplication& application = box.registry.add(start.uid);
+    application.program = start.program;
+    application.request = start.request;
+    application.type = start.type;
+    application.restarts = start.restarts;
+    application.restartsInRow = start.restartsInRow;
+    application.placement = start.placement;
+    if (lives)
+        return watch(application, std::move(*process));
+    if (start.phase == StartRecord::GIVEN_UP) {
+        application.phase = Phase::GIVEN_UP;
+        return;
+    }
+    application.end.emplace();
+    if (!recovered.hasEnded)
+        recordEnd(application, start.pid);
+    links.removeSocket(start.uid);
+    // Nobody knows how long it ran; at most since its start.
+    const auto longest = recovered.hasEnded ? std::chrono::milliseconds::zero() : Process::findAge(start.startTime);
+    restartByPolicy(application, true, longest);
+}
+
+void Supervisor::beginStop(ManagedApplication& application, StopPurpose purpose)
+{
+    windows.rememberPlacement(application);
+    stopper.begin(application, purpose);
+}
+
+void Supervisor::stop(const std::string& uid)
+{
+    ManagedApplication& application = box.registry.require(uid);
+    if (application.isAlive())
+        return beginStop(application, StopPurpose::STOP);
+    application.stopPurpose = StopPurpose::STOP;
+    if (!application.isAtRest())
+        return; // it is being started, or its end is being noted
+    box.notices.onStop(uid, "terminate");
+    forget(application);
+}
+
+void Supervisor::restart(const std::string& uid)
+{
+    ManagedApplication& application = box.registry.require(uid);
+    if (!application.request)
+        throw std::runtime_error("the application " + uid + " was started by hand");
+    if (application.isAlive())
+        return beginStop(application, StopPurpose::RESTART);
+    if (application.isAtRest()) {
+        application.restartsInRow = 0;
+        return restartNow(application);
+    }
+    application.stopPurpose = StopPurpose::RESTART;
+}
+
+bool Supervisor::stopAll()
+{
+    std::vector<std::string> launched;
+    for (const auto& [uid, application] : box.registry.getAll())
+        if (application.request)
+            launched.push_back(uid);
+    for (const std::string& uid : launched)
+        if (box.registry.require(uid).stopPurpose != StopPurpose::STOP)
+            stop(uid);
+    return !launched.empty();
+}
+
+void Supervisor::disconnectAll()
+{
+    for (auto& [uid, application] : box.registry.getAll())
+        links.disconnect(application);
+}
+
+bool Supervisor::isStarting()
+{
+    const auto& all = box.registry.getAll();
+    return std::any_of(all.begin(), all.end(), [](const auto& entry) { return entry.second.phase == Phase::STARTING; });
+}
+
+void Supervisor::onConnected(ManagedApplication& application)
+{
+    states.onConnected(application);
+    awaitKeepAlive(application);
+}
+
+void Supervisor::onDisconnected(ManagedApplication& application)
+{
+    box.loop.cancel(application.keepAliveTimer);
+    if (application.end)
+        finishEnd(application);
+}
+
+void Supervisor::onSilence(ManagedApplication& application)
+{
+    if (application.keepAliveTimer == 0)
+        awaitKeepAlive(application);
+}
+
+void Supervisor::onNotification(ManagedApplication& application, const std::string& name, const std::string& payload)
+{
+    try {
+        Corvane::Deserializer deserializer(payload);
+        // An application speaks for itself only, and in the interfaces of applications.
+        if (Corvane::deserialize<std::string>("uid", deserializer) != application.uid ||
+            (!name.starts_with("IApplication::on") && !name.starts_with("IWindow::on")) ||
+            name.find_first_of("\"\\\n") != name.npos)
+            return;
+        if (name == "IApplication::onKeepAlive" && !application.end)
+            awaitKeepAlive(application);
+        if (name != "IApplication::onStateChange" ||
+            states.onAnnounced(application, Corvane::deserialize<std::string>("oldState", deserializer),
+                               Corvane::deserialize<std::string>("newState", deserializer)))
+            box.notices.pass(name, payload);
+        if (name == "IWindow::onFocusChange")
+            focus.onAnnounced(application.uid, Corvane::deserialize<bool>("newIsFocused", deserializer));
+        if (name == "IApplication::onStateChange")
+            giveFocusBack(application);
+    } catch (const Corvane::SerialError&) {
+        // What an application says wrongly is its own affair.
+    }
+}
+
+void Supervisor::onState(ManagedApplication& application, const std::string& state, bool isFocused)
+{
+    states.onTold(application, state);
+    focus.onAnnounced(application.uid, isFocused);
+    giveFocusBack(application);
+}
+
+void Supervisor::giveFocusBack(const ManagedApplication& application)
+{
+    // Not sooner: a window that initialises begins without the focus.
+    if (application.state == ILifecycleManagement::STATE_RUNNING && application.request && !application.request->fresh)
+        focus.onReturned(application.uid);
+}
+
+void Supervisor::awaitKeepAlive(ManagedApplication& application)
+{
+    box.loop.cancel(application.keepAliveTimer);
+    const auto late = ManagedApplication::Clock::now() + box.settings.keepAliveDeadline + HELD_UP;
+    application.keepAliveTimer = box.loop.schedule(
+        box.settings.keepAliveDeadline, [this, uid = application.uid, generation = application.generation, late] {
+            ManagedApplication* const silent = box.registry.find(uid, generation);
+            if (silent == nullptr || !silent->isAlive())
+                return;
+            // What the applications said while this process was held up is still on its way.
+            if (ManagedApplication::Clock::now() > late)
+                awaitKeepAlive(*silent);
+            else
+                onRunaway(*silent);
+        });
+}
+
+void Supervisor::onRunaway(ManagedApplication& application)
+{
+    application.keepAliveTimer = 0;
+    // Who is being stopped already goes that way.
+    if (application.stopPurpose != StopPurpose::NONE)
+        return;
+    corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Supervisor", __LINE__, "%s has run away: no keep-alive\n",
+                      application.uid.c_str());
+    application.ranAway = true;
+    application.previousState = std::exchange(application.state, ILifecycleManagement::STATE_RUNAWAY);
+    box.notices.onRunaway(application.uid, application.process->getPid());
+    beginStop(application, StopPurpose::RUNAWAY);
+}
+
+void Supervisor::onProcessEnd(ManagedApplication& application)
+{
+    box.loop.unwatch(application.process->getDescriptor());
+    box.loop.cancel(application.keepAliveTimer);
+    application.end = application.process->reap();
+    if (!application.isConnected)
+        return finishEnd(application);
+    // Its last notification, that it was aborted above all, may still be on its way.
+    application.lastWordsTimer =
+        box.loop.schedule(LAST_WORDS_DEADLINE, [this, uid = application.uid, generation = application.generation] {
+            if (ManagedApplication* const silent = box.registry.find(uid, generation))
+                finishEnd(*silent);
+        });
+}
+
+void Supervisor::finishEnd(ManagedApplication& application)
+{
+    box.loop.cancel(application.lastWordsTimer);
+    states.flush(application);
+    // What is still on its way from this process comes too late.
+    box.registry.renew(application);
+    links.disconnect(application);
+    links.removeSocket(application.uid);
+    recordEnd(application, application.process->getPid());
+    focus.onGone(application.uid);
+    windows.releaseAll(application.uid);
+    const StopPurpose purpose = application.stopPurpose;
+    settle(application, purpose, stopper.finish(application));
+}
+
+void Supervisor::recordEnd(const ManagedApplication& application, pid_t pid)
+{
+    const auto readTail = [&](OutputFiles::Stream stream) {
+        return application.request ? box.files.readTail(application.uid, stream) : std::string();
+    };
+    const StopPurpose purpose = application.stopPurpose;
+    const EndRecord record{.time = tellTime(),
+                           .uid = application.uid,
+                           .pid = pid,
+                           .program = application.program,
+                           .name = application.getName(),
+                           .end = *application.end,
+                           .state = application.state,
+                           .previousState = application.previousState,
+                           .ranAway = application.ranAway,
+                           .wasStopped = purpose == StopPurpose::STOP || purpose == StopPurpose::RESTART,
+                           .restarts = application.restarts,
+                           .standardOutput = readTail(OutputFiles::Stream::OUTPUT),
+                           .standardError = readTail(OutputFiles::Stream::ERROR)};
+    box.remember({.uid = record.uid, .text = record.write()});
+    if (application.isFailure())
+        corvaneDebugPrint(record.wasStopped ? Corvane::DEBUG_INFO : Corvane::DEBUG_WARNING, "procmand", "Supervisor",
+                          __LINE__, "%s (%s) has ended: %s, state %s%s\n", record.uid.c_str(), record.program.c_str(),
+                          record.end.describe().c_str(), record.state.empty() ? "unknown" : record.state.c_str(),
+                          record.wasStopped ? ", stopped" : "");
+    box.notices.onEnd(record);
+}
+
+} // namespace Procmand

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "box/Box.h"
+#include "supervision/Links.h"
+#include "supervision/StateTracker.h"
+#include "supervision/Stopper.h"
+#include "windows/FocusControl.h"
+#include "windows/WindowService.h"
+
+namespace Procmand
+{
+
+/// Leads the applications of the box from their start to their end, and to their next start. Guarded by the lock of the
+/// box.
+class Supervisor : private ILinkListener
+{
+public:
+    Supervisor(Box& box, FocusControl& focus, WindowService& windows);
+
+    /// Begins to watch for control servers. @param folder  where they appear
+    void start(const std::string& folder);
+
+    /// Accepts an application; what comes of it is announced. @return its uid
+    /// @throws std::runtime_error  nothing is started any more, or its uid or its name is taken
+    std::string launch(LaunchRequest request);
+    /// Takes an application up that runs already. @return whether it is known now
+    bool adopt(const std::string& uid, pid_t pid);
+    /// Takes an application up that an earlier process manager has watched.
+    void recover(const Recovery::Application& application);
+    /// Begins to stop an application.
+    /// @throws std::out_of_range  it is not known
+    void stop(const std::string& uid);
+    /// Begins to stop an application, to be started again at once.
+    /// @throws std::out_of_range  it is not known. @throws std::runtime_error  it was started by hand
+    void restart(const std::string& uid);
+    /// Begins to stop everything that was launched. @return whether there is anything to wait for
+    bool stopAll();
+    /// Lets go of all applications, which live on.
+    void disconnectAll();
+    /// @return whether a program is being started
+    bool isStarting();
+
+private:
+    void onConnected(ManagedApplication& application) override;
+    void onDisconnected(ManagedApplication& application) override;
+    void onSilence(ManagedApplication& application) override;
+    void onNotification(ManagedApplication& application, const std::string& name, const std::string& payload) override;
+    void onState(ManagedApplication& application, const std::string& state, bool isFocused) override;
+
+    void giveFocusBack(const ManagedApplication& application);
+    /// Makes sure that a launch gets its own uid and its own name. Both are looked for among uids and names alike: a
+    /// word of either kind stands for one application. One that was given up makes way and is forgotten.
+    /// @throws std::runtime_error  one of them is taken
+    void takeWords(const LaunchRequest& request);
+    void startProgram(ManagedApplication& application);
+    void beginStop(ManagedApplication& application, StopPurpose purpose);
+    void onStarted(ManagedApplication& application, Process process);
+    void onStartFailure(ManagedApplication& application, const std::string& reason);
+    void watch(ManagedApplication& application, Process process);
+    void awaitKeepAlive(ManagedApplication& application);
+    void onRunaway(ManagedApplication& application);
+    void onProcessEnd(ManagedApplication& application);
+    void finishEnd(ManagedApplication& application);
+    void recordEnd(const ManagedApplication& application, pid_t pid);
+    void settle(ManagedApplication& application, StopPurpose purpose, const std::string& means);
+    /// @param runTime  of the process that has ended; zero when there was none
+    void restartByPolicy(ManagedApplication& application, bool failed, std::chrono::milliseconds runTime);
+    void giveUp(ManagedApplication& application);
+    void forgetTheOldest();
+    void restartNow(ManagedApplication& application);
+    void forget(ManagedApplication& application);
+
+    Box& box;
+    FocusControl& focus;
+    WindowService& windows;
+    StateTracker states;
+    Stopper stopper;
+    Links links;
+};
+
+} // namespace Procmand
