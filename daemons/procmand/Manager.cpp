@@ -55,7 +55,9 @@ void Manager::run()
         supervisor.start(folderOf(server.getFixedRPCAddress()));
         takeUpTheBox();
         box.loop.watch(signals.get(), [this] { onSignal(); });
+        feedWatchdog();
     }
+    serviceManager.tell("READY=1");
     box.workers.run([this] { findServers(); });
     box.loop.run();
     end();
@@ -95,6 +97,15 @@ void Manager::findServers()
     }
 }
 
+void Manager::feedWatchdog()
+{
+    const auto interval = serviceManager.getWatchdogInterval();
+    if (!interval)
+        return;
+    serviceManager.tell("WATCHDOG=1");
+    box.loop.schedule(*interval, [this] { feedWatchdog(); });
+}
+
 void Manager::onSignal()
 {
     signalfd_siginfo info{};
@@ -104,6 +115,7 @@ void Manager::onSignal()
         return box.loop.stop();
     Corvane::corvaneDebugPrint(Corvane::DEBUG_NOTICE, "procmand", "Manager", __LINE__, "ending: %s\n",
                                strsignal(static_cast<int>(info.ssi_signo)));
+    serviceManager.tell("STOPPING=1");
     box.isEnding = true;
     checkEnd();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ServiceManager.h"
 #include "box/Box.h"
 #include "launch/OutputWatch.h"
 #include "server/ManagerServer.h"
@@ -33,7 +34,9 @@ private:
     void findServers();
     void onSignal();
     void checkEnd();
+    void feedWatchdog();
 
+    const ServiceManager serviceManager; ///< first, before there are threads
     Box box;
     OutputWatch outputWatch{box.files};
     FocusControl focus;
