@@ -88,3 +88,27 @@ TEST_F(Examples, PlainApplicationRefusesANumberThatIsNone)
     EXPECT_EQ(plain.wait().status, 1);
     EXPECT_EQ(plain.getError(), "plain-application: --keep-alives needs a number\n");
 }
+
+TEST_F(Examples, PythonClientSetsAnOpacityAndHearsOfIt)
+{
+    HelloWindow hello;
+    ChildProcess client({"/usr/bin/python3", SOURCE_FOLDER "/examples/python-client/client.py", "demo", "128"});
+
+    EXPECT_EQ(client.wait().status, 0) << client.getError();
+    EXPECT_EQ(client.getOutput(), "{'uid': 'demo', 'oldOpacity': 255, 'newOpacity': 128}\n");
+}
+
+TEST_F(Examples, PythonClientTellsWhyACallIsRefused)
+{
+    HelloWindow hello;
+    ChildProcess client({"/usr/bin/python3", SOURCE_FOLDER "/examples/python-client/client.py", "demo", "-1"});
+
+    EXPECT_EQ(client.wait().status, 1);
+    EXPECT_THAT(client.getError(), HasSubstr("RuntimeError: opacity: expected an unsigned 32-bit number, found -1"));
+}
+
+TEST_F(Examples, PythonClientIsShownInTheGuideAsItIs)
+{
+    EXPECT_THAT(readFile("docs/guide/clients.md"),
+                HasSubstr("```python\n" + readFile("examples/python-client/client.py") + "```\n"));
+}
