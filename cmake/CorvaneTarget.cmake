@@ -40,19 +40,25 @@ function(corvane_target name)
     endif()
 endfunction()
 
-# corvane_library(NAME ALIAS [EXPORT]): a shared library, its alias corvane::ALIAS and what is installed of it. EXPORT
-# names the targets file of the package that tells of it, for a library that a box may go without.
+# corvane_library(NAME ALIAS [EXPORT COMPONENT]): a library, its alias corvane::ALIAS and what is installed of it. EXPORT
+# names the targets file of the package that tells of it and COMPONENT what it is installed with, for a library that a box
+# may go without.
 function(corvane_library name alias)
     set(export corvane-targets)
+    set(component runtime)
     if(ARGC GREATER 2)
         set(export ${ARGV2})
+        set(component ${ARGV3})
     endif()
-    add_library(${name} SHARED)
+    add_library(${name})
     add_library(corvane::${alias} ALIAS ${name})
     corvane_target(${name})
     set_target_properties(${name} PROPERTIES EXPORT_NAME ${alias} VERSION ${PROJECT_VERSION}
                                              SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
     # The libraries are compiled as a box compiles them; their files also have constants of the same names.
     set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
-    install(TARGETS ${name} EXPORT ${export})
+    # A static library may become a part of a shared one.
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    install(TARGETS ${name} EXPORT ${export} LIBRARY COMPONENT ${component} NAMELINK_COMPONENT development
+                                             ARCHIVE COMPONENT development)
 endfunction()

@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 #include <chrono>
+#include <corvane/Version.h>
 #include <cstdlib>
 
 namespace Procmand

@@ -5,6 +5,9 @@
 #   pkg-config    the same without CMake
 #   examples      builds the examples as a project of their own
 #   corvanectl    runs the installed program
+#   components    installs each component by itself: together they are the whole installation, and none has what is another's
+#   uninstall     installs, uninstalls, and finds that nothing is left
+#   static        builds static libraries, installs them, and builds and runs the consumer with them
 #   unit          asks systemd whether the unit of the process manager is sound; not run where systemd-analyze is missing
 #   directfb      builds and runs the consumer of the component directfb, by CMake and by pkg-config
 #   cursor        compares the installed picture of the mouse pointer with what its script draws
@@ -28,10 +31,19 @@ expect_state() { # PROGRAM
     grep -qx 'APP[0-9]* is LOADING' <<<"$output"
 }
 
-build_project() { # SOURCE NAME
+expect_nothing_of() { # COMMAND...: must print nothing
+    local output
+    output=$("$@") || true
+    if [ -n "$output" ]; then
+        printf 'this should not be there:\n%s\n' "$output"
+        exit 1
+    fi
+}
+
+build_project() { # SOURCE NAME [OPTION...]
     cmake -S "$1" -B "$work/$2" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix" \
         ${TOOLCHAIN:+"-DCMAKE_TOOLCHAIN_FILE=$TOOLCHAIN" -DCMAKE_FIND_ROOT_PATH="$prefix"} \
-        -DCMAKE_DISABLE_FIND_PACKAGE_simdjson=ON -DCMAKE_DISABLE_FIND_PACKAGE_jsoncpp=ON
+        "${@:3}"
     cmake --build "$work/$2"
 }
 
@@ -61,7 +73,8 @@ install)
     mv "$work/first" "$prefix"
     ;;
 find_package)
-    build_project "$here/consumer" consumer
+    build_project "$here/consumer" consumer \
+        -DCMAKE_DISABLE_FIND_PACKAGE_simdjson=ON -DCMAKE_DISABLE_FIND_PACKAGE_jsoncpp=ON
     expect_state "$work/consumer/consumer"
     ;;
 pkg-config)
@@ -74,15 +87,52 @@ examples)
 corvanectl)
     run "$prefix/bin/corvanectl" --help | grep -i corvanectl
     ;;
+components)
+    list() { (cd "$1" && find . -type f -o -type l | sort); }
+    rm -rf "$work/components" "$work/whole"
+    mkdir -p "$work/components"
+    cmake --install "$build" --prefix "$work/whole" >"$work/components.log"
+    for component in runtime directfb tools procmand development documentation; do
+        cmake --install "$build" --prefix "$work/components/$component" --component $component >>"$work/components.log"
+        [ ! -d "$work/components/$component" ] || list "$work/components/$component"
+    done | sort >"$work/components.txt"
+    list "$work/whole" | diff - "$work/components.txt"
+    expect_nothing_of find "$work/components/runtime" -name '*.h' -o -name '*.so'
+    ;;
+uninstall)
+    rm -f "$build"/install_manifest*.txt
+    rm -rf "$work/removed"
+    mkdir -p "$work/removed/include"
+    echo "of somebody else" >"$work/removed/include/other.h"
+    cmake --install "$build" --prefix "$work/removed" >"$work/uninstall.log"
+    cmake --install "$build" --prefix "$work/removed" --component tools >>"$work/uninstall.log"
+    [ -e "$work/removed/include/corvane/Window.h" ]
+    cmake --build "$build" --target uninstall >>"$work/uninstall.log"
+    [ "$(cd "$work/removed" && find . -type f -o -type l)" = ./include/other.h ]
+    expect_nothing_of find "$work/removed" -name corvane
+    { cmake --build "$build" --target uninstall 2>&1 || true; } | grep 'nothing was installed'
+    ;;
+static)
+    cmake -S "$here/../.." -B "$work/static-build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE="$TYPE" \
+        -DBUILD_SHARED_LIBS=OFF -DCORVANE_BUILD_TOOLS=OFF -DCORVANE_BUILD_DAEMONS=OFF -DCORVANE_BUILD_EXAMPLES=OFF \
+        -DCORVANE_BUILD_TESTS=OFF -DCORVANE_WITH_DIRECTFB=OFF
+    cmake --build "$work/static-build"
+    prefix=$work/static
+    cmake --install "$work/static-build" --prefix "$prefix"
+    build_project "$here/consumer" static-consumer
+    compile_by_pkg_config corvane "$here/consumer/main.cpp" "$work/static-by-pkg-config"
+    for program in "$work/static-consumer/consumer" "$work/static-by-pkg-config"; do
+        expect_state "$program"
+        expect_nothing_of grep corvane <(ldd "$program")
+    done
+    ;;
 unit)
     if ! command -v systemd-analyze >/dev/null; then
         echo "NOT RUN: systemd-analyze is not installed"
         exit 77
     fi
-    mkdir -p "$work/unit"
-    # The installation was moved, and the unit names the program where it was to be.
-    sed "s|^ExecStart=[^ ]*|ExecStart=$prefix/bin/corvane-procmand|" \
-        "$prefix/lib/systemd/system/corvane-procmand.service" >"$work/unit/corvane-procmand.service"
+    cmake --install "$build" --prefix "$work/unit" --component procmand
+    cp "$work/unit/lib/systemd/system/corvane-procmand.service" "$work/unit"
     verify_unit "$work/unit/corvane-procmand.service"
     # What the check is worth: it must notice a setting that systemd does not know, and a program that is not there.
     sed 's/^Restart=on-failure/Restart=sometimes/' "$work/unit/corvane-procmand.service" >"$work/unit/broken.service"

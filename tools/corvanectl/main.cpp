@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Output.h"
 
+#include <corvane/Version.h>
 #include <corvane/common/RPCError.h>
 #include <corvane/foundation/Exception.h>
 #include <cstdlib>
