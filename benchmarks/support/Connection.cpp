@@ -2,6 +2,7 @@
 
 #include "Servers.h"
 
+#include <algorithm>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
@@ -60,6 +61,16 @@ void Connection::subscribe()
 void Connection::takeNotification()
 {
     expect(NOTIFICATION);
+}
+
+std::string Connection::readToEnd()
+{
+    std::string last;
+    for (ssize_t size = 0; (size = recv(socket, buffer.data(), buffer.size(), 0)) > 0;) {
+        last.append(buffer.data(), static_cast<std::size_t>(size));
+        last.erase(0, last.size() - std::min(last.size(), buffer.size()));
+    }
+    return last;
 }
 
 void Connection::expect(std::string_view line)

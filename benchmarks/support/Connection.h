@@ -26,6 +26,8 @@ public:
     void subscribe();
     /// Takes the notification of a call. @throws std::runtime_error  it is another one
     void takeNotification();
+    /// Reads until the server closes the connection. @return the last that it sent, some kilobytes
+    std::string readToEnd();
 
 private:
     void expect(std::string_view line);
