@@ -44,12 +44,11 @@ std::vector<Figure> measure(const Options& options)
 
 int main(int argc, char** argv)
 {
-    return runBenchmark(
-        argc, argv,
-        "The round trip of IWindow::setOpacity against a bare epoll server that sends the same bytes, under "
-        "SCHED_BATCH\n"
-        "and under default scheduling. A third server is as bare, but parses each message and its parameters and "
-        "holds\n"
-        "signals off: the least that a control server can do. All servers and the client share one core.",
-        measure);
+    return runBenchmark(argc, argv,
+                        "The round trip of IWindow::setOpacity against a bare epoll server that sends the same bytes, "
+                        "under SCHED_BATCH\n"
+                        "and under default scheduling. A third server is as bare, but parses each message and its "
+                        "parameters: the least\n"
+                        "that a control server can do. All servers and the client share one core.",
+                        measure);
 }

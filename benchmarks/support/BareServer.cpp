@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdlib>
 #include <simdjson.h>
 #include <sys/epoll.h>
@@ -119,15 +118,10 @@ void runStrictServer(const std::string& path)
 {
     Parser messages;
     Parser parameters;
-    sigset_t signals;
-    sigfillset(&signals);
     serve(path, [&](std::string_view message) {
         messages.parse(message);
-        sigset_t previous;
-        pthread_sigmask(SIG_SETMASK, &signals, &previous);
         const std::size_t begin = message.find('{', 1);
         parameters.parse(message.substr(begin, message.rfind('}') - begin));
-        pthread_sigmask(SIG_SETMASK, &previous, nullptr);
     });
 }
 

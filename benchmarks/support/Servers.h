@@ -28,8 +28,8 @@ inline constexpr std::string_view NOTIFICATION =
 /// sends the subscription gets the notification of each call, by a bare send.
 [[noreturn]] void runBareServer(const std::string& path);
 
-/// The same, but with what no control server can leave out: before it answers it parses the message, parses the
-/// parameters once more and changes the signal mask twice. What is parsed is not looked at.
+/// The same, but with what no control server can leave out: before it answers it parses the message, and the
+/// parameters once more. What is parsed is not looked at.
 [[noreturn]] void runStrictServer(const std::string& path);
 
 /// A server in a process of its own.

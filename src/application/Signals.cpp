@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <corvane/Foundation.h>
+#include <corvane/common/SignalDeferral.h>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -127,6 +128,8 @@ void Application::uninitSignalHandler(Application* application)
 // heap's for one. docs/threading.md has the cases.
 void Application::signalHandler(int signal)
 {
+    if (deferSignal(signal))
+        return;
     corvaneDebugPrint(DEBUG_NOTICE, MODULE, COMPONENT, __LINE__, "Received Signal [%s]\n", strsignal(signal));
     const auto* const handled = std::find_if(std::begin(handledSignals), std::end(handledSignals),
                                              [signal](const HandledSignal& each) { return each.number == signal; });

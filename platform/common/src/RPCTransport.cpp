@@ -2,7 +2,6 @@
 
 #include "JsonText.h"
 #include "RPCAddress.h"
-#include "SignalMask.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -48,7 +47,7 @@ RPCTransport::RPCTransport(RPCServer& server)
     : ActiveObject("RPCTransport"),
       server(server),
       handlerMutex("RPCTransport::handler", 0),
-      connectionsMutex("RPCTransport::connections", 0)
+      connectionsMutex("RPCTransport::connections")
 {
 }
 
@@ -98,8 +97,6 @@ void RPCTransport::close()
 int RPCTransport::thread()
 {
     ownThread = pthread_self();
-    // As in notify(), for all that this thread does with the connections.
-    const SignalMask mask(SIG_BLOCK, SignalMask::allSignals());
     std::array<epoll_event, 16> events{};
     while (!stopping) {
         const int count = epoll_wait(epoll.get(), events.data(), events.size(), -1);
@@ -152,13 +149,11 @@ void RPCTransport::endCalls()
 
 void RPCTransport::notify(std::string_view name, std::string_view payload)
 {
-    if (subscribers.load() == 0)
+    // A thread that has a fault under the lock never gives it back.
+    if (subscribers.load() == 0 || DeferringMutex::isInSection())
         return;
     const iovec pieces[] = {piece(R"({"jsonrpc":"2.0","method":")"), piece(name), piece(R"(","params":)"),
                             piece(payload), piece("}\n")};
-    // The handler of a fatal signal announces STATE_ABORTED on this way: it must not interrupt its own thread while
-    // that holds the lock. Signals of faults are no exception, for others can send them, too.
-    const SignalMask mask(SIG_BLOCK, SignalMask::allSignals());
     std::lock_guard guard(connectionsMutex);
     for (const auto& [socket, connection] : connections) {
         if (!connection->isSubscribedTo(name))
@@ -302,8 +297,6 @@ std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage
         return call.expectsReply
                    ? RPCMessage::errorReply(call.id, RPCErrorObject::CALL_FAILED, "the server takes no calls any more")
                    : std::string();
-    // The application's code: if it faults, that is announced.
-    const SignalMask mask(SIG_SETMASK, SignalMask::asynchronousSignals());
     return server.handleCall(call);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DeferringMutex.h"
 #include "RPCConnection.h"
 #include "RPCEndpoint.h"
 #include "RPCMessage.h"
@@ -28,7 +29,8 @@ class RPCServer;
 ///
 /// Notifications are sent by the threads that raise them. Two locks: `connectionsMutex` guards what is sent and who
 /// subscribed, and is never held while anything is called that could call back; `handlerMutex` is held while a message
-/// is handled.
+/// is handled. The handler of a fatal signal announces STATE_ABORTED on the way of the notifications: the signal waits
+/// where it interrupts a thread that holds `connectionsMutex`.
 class RPCTransport : private ActiveObject
 {
 public:
@@ -82,7 +84,7 @@ private:
 
     Mutex handlerMutex;
     bool takesCalls = true; ///< guarded by `handlerMutex`
-    Mutex connectionsMutex;
+    DeferringMutex connectionsMutex;
     std::map<int, std::unique_ptr<RPCConnection>> connections; ///< by socket
     std::atomic<unsigned int> subscribers{0}; ///< connections with a subscription; read without the lock
     std::array<char, 64 * 1024> buffer;

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <gmock/gmock.h>
 #include <support/Await.h>
 #include <support/TaskState.h>
 #include <thread>
@@ -11,6 +12,12 @@ namespace Corvane::Test
 
 namespace
 {
+
+/// @return the event that asks the window to die in a way; see DrivenWindow.cpp
+std::string pressOf(int way)
+{
+    return R"({"event":{"type":"KeyEvent","keyCode":)" + std::to_string(way) + R"(,"pressed":true}})";
+}
 
 /// What a death by each signal must look like from outside.
 struct Death {
@@ -49,13 +56,29 @@ TEST_P(DyingWindow, AnnouncesItsAbortionFromInsideACallToo)
 {
     if (GetParam().signal == SIGTERM) {
         // No fault of a thread: the server's thread holds it off, and a call that asks for it ends like any other.
-        EXPECT_EQ(call("IWindow::handleEvent", R"({"event":{"type":"KeyEvent","keyCode":15,"pressed":true}})"), true);
+        EXPECT_EQ(call("IWindow::handleEvent", pressOf(SIGTERM)), true);
         return;
     }
     Announcements announcements(client);
-    const std::string event =
-        R"({"event":{"type":"KeyEvent","keyCode":)" + std::to_string(GetParam().signal) + R"(,"pressed":true}})";
-    EXPECT_EQ(errorOf("IWindow::handleEvent", event), "the server has closed the connection");
+    EXPECT_EQ(errorOf("IWindow::handleEvent", pressOf(GetParam().signal)), "the server has closed the connection");
+    expectAnnouncedDeath(announcements);
+}
+
+TEST_P(DyingWindow, AnnouncesItsAbortionWhenTheMessageIsOutThatItWasHitIn)
+{
+    if (GetParam().signal == SIGTERM)
+        return; // held off on the server's thread, which sends the answers
+    Announcements announcements(client);
+    EXPECT_EQ(call("IWindow::handleEvent", pressOf(2000 + GetParam().signal)), true);
+    expectAnnouncedDeath(announcements);
+}
+
+TEST_P(DyingWindow, AnnouncesItsAbortionAfterTheNotificationThatItWasHitIn)
+{
+    Announcements announcements(client);
+    EXPECT_EQ(errorOf("IWindow::handleEvent", pressOf(4000 + GetParam().signal)),
+              "the server has closed the connection");
+    EXPECT_THAT(announcements.next(), testing::HasSubstr("IWindow::onOpacityChange"));
     expectAnnouncedDeath(announcements);
 }
 
@@ -63,6 +86,21 @@ INSTANTIATE_TEST_SUITE_P(Signals, DyingWindow,
                          testing::Values(Death{SIGILL, true}, Death{SIGABRT, true}, Death{SIGFPE, true},
                                          Death{SIGSEGV, true}, Death{SIGTERM, false}, Death{SIGBUS, true}),
                          [](const auto& info) { return std::string("Signal") + sigabbrev_np(info.param.signal); });
+
+class FaultyWindow : public DrivenProcess, public testing::WithParamInterface<int>
+{
+};
+
+TEST_P(FaultyWindow, InTheMiddleOfAMessageDiesOfTheFaultAtOnce)
+{
+    Announcements announcements(client);
+    EXPECT_EQ(errorOf("IWindow::handleEvent", pressOf(3000 + GetParam())), "the server has closed the connection");
+    EXPECT_TRUE(announcements.untilGone().empty());
+    EXPECT_EQ(process.wait().signal, GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, FaultyWindow, testing::Values(SIGSEGV, SIGBUS, SIGILL, SIGABRT),
+                         [](const auto& info) { return std::string("Signal") + sigabbrev_np(info.param); });
 
 using KilledWindow = DrivenProcess;
 
@@ -117,9 +155,7 @@ TEST_F(KilledWindow, LeavesItsNameToTheNextProcess)
 TEST_F(KilledWindow, InsideMallocStillAnnouncesItsAbortionAndDies)
 {
     Announcements announcements(client);
-    const std::string event =
-        R"({"event":{"type":"KeyEvent","keyCode":)" + std::to_string(1000 + SIGTERM) + R"(,"pressed":true}})";
-    EXPECT_EQ(errorOf("IWindow::handleEvent", event), "the server has closed the connection");
+    EXPECT_EQ(errorOf("IWindow::handleEvent", pressOf(1000 + SIGTERM)), "the server has closed the connection");
     EXPECT_EQ(announcements.untilGone(), std::vector<std::string>{changeOf("RUNNING", "ABORTED")});
     EXPECT_EQ(process.wait().signal, SIGTERM);
 }

@@ -1,11 +1,11 @@
 #include "BrokenHeap.h"
 #include "PlainWindow.h"
+#include "StruckSend.h"
 
 #include <corvane/WindowExec.h>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <sys/mman.h>
+#include <thread>
 
 namespace Corvane::Test
 {
@@ -50,22 +50,51 @@ public:
     }
 
 private:
-    /// @param way  a signal to die of, or that plus 1000 to get it inside malloc; anything else: live on
-    static void die(int way)
+    /// @param way  a signal to die of; that plus 1000 to get it inside malloc, plus 2000 in the middle of the next
+    /// message, plus 3000 for a fault there, plus 4000 to get it on another thread in the middle of a notification;
+    /// anything else: live on
+    void die(int way)
     {
-        if (way == SIGSEGV) {
-            // A page that nobody may write. A null pointer would do, but a sanitizer sees that one coming.
-            void* page = mmap(nullptr, 1, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-            *static_cast<volatile char*>(page) = 1;
-        }
-        if (way == SIGABRT)
-            std::abort();
-        if (way == SIGTERM || way == SIGBUS || way == SIGILL || way == SIGFPE)
-            std::raise(way);
+        const int signal = way % 1000;
+        switch (way / 1000) {
+        case 0:
+            dieNow(signal);
+            break;
 #ifdef BREAKABLE_HEAP
-        if (way > 1000)
-            raiseInsideMalloc(way - 1000);
+        case 1:
+            raiseInsideMalloc(signal);
+            break;
 #endif
+        case 2:
+            strikeNextSend(signal);
+            break;
+        case 3:
+            faultInNextSend(signal);
+            break;
+        case 4:
+            std::thread([this, signal] { dieWhileNotifying(signal); }).join();
+            break;
+        default:
+            break;
+        }
+    }
+
+    static void dieNow(int signal)
+    {
+        if (signal == SIGABRT || signal == SIGSEGV)
+            fault(signal);
+        if (signal == SIGTERM || signal == SIGBUS || signal == SIGILL || signal == SIGFPE)
+            std::raise(signal);
+    }
+
+    void dieWhileNotifying(int signal)
+    {
+        // The thread that this one inherits its mask from is the library's, and holds signals from outside off.
+        sigset_t none;
+        sigemptyset(&none);
+        pthread_sigmask(SIG_SETMASK, &none, nullptr);
+        strikeNextSend(signal);
+        setOpacity(1);
     }
 };
 
