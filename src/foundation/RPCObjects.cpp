@@ -1,5 +1,6 @@
 #include <corvane/foundation/RPCObjects.h>
 
+#include <string_view>
 #include <utility>
 
 namespace Corvane::IRPC
@@ -17,6 +18,19 @@ void writeHead(const std::string& id, Serializer& serializer)
 {
     writeVersion(serializer);
     serializer.writeJson("id", id);
+}
+
+/// @return the text of a reply, as its members would be written one after the other. Every call makes one: it is put
+/// together at once, with room for the line feed that ends a message.
+std::string composeReply(std::string_view id, std::string_view result)
+{
+    constexpr std::string_view BEFORE_ID = R"({"jsonrpc":"2.0","id":)";
+    constexpr std::string_view BEFORE_RESULT = R"(,"result":)";
+    constexpr std::string_view END = "}";
+    std::string text;
+    text.reserve(BEFORE_ID.size() + id.size() + BEFORE_RESULT.size() + result.size() + END.size() + 1);
+    text.append(BEFORE_ID).append(id).append(BEFORE_RESULT).append(result).append(END);
+    return text;
 }
 
 void writeCall(const RPCMethodObject& call, Serializer& serializer)
@@ -119,6 +133,11 @@ std::unique_ptr<SerialObject> RPCReturnObject::clone() const
     return std::make_unique<RPCReturnObject>(*this);
 }
 
+std::string RPCReturnObject::serialize() const
+{
+    return composeReply(id, "null");
+}
+
 void RPCReturnObject::serialize(Serializer& serializer) const
 {
     writeHead(id, serializer);
@@ -140,6 +159,11 @@ std::string RPCResultObject::getObjectType() const
 std::unique_ptr<SerialObject> RPCResultObject::clone() const
 {
     return std::make_unique<RPCResultObject>(*this);
+}
+
+std::string RPCResultObject::serialize() const
+{
+    return composeReply(id, value);
 }
 
 void RPCResultObject::serialize(Serializer& serializer) const

@@ -68,6 +68,7 @@ public:
     std::string getObjectType() const override;
     std::unique_ptr<SerialObject> clone() const override;
     using SerialObject::serialize;
+    std::string serialize() const override;
     void serialize(Serializer& serializer) const override;
     ~RPCReturnObject() override;
 
@@ -84,6 +85,7 @@ public:
     std::string getObjectType() const override;
     std::unique_ptr<SerialObject> clone() const override;
     using SerialObject::serialize;
+    std::string serialize() const override;
     void serialize(Serializer& serializer) const override;
     ~RPCResultObject() override;
 

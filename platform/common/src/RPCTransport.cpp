@@ -340,7 +340,8 @@ void RPCTransport::finish(RPCConnection& connection)
 void RPCTransport::send(RPCConnection& connection, std::string text)
 {
     // A message is a line. In JSON a line feed can only be white space, so a handler's text keeps its meaning.
-    std::replace(text.begin(), text.end(), '\n', ' ');
+    for (auto at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1))
+        text[at] = ' ';
     text += '\n';
     const iovec whole = piece(text);
     std::lock_guard guard(connectionsMutex);

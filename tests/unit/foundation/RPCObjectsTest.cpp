@@ -1,5 +1,6 @@
 #include "ProblemOf.h"
 #include <corvane/foundation/RPCObjects.h>
+#include <corvane/foundation/Serializer.h>
 #include <corvane/foundation/ValueObjects.h>
 #include <corvane/interfaces/ISurfaceCompositing.h>
 #include <gtest/gtest.h>
@@ -111,6 +112,25 @@ TEST(RPCObjects, ANotificationIsWrittenWithoutAnId)
     EXPECT_EQ(notification.getPayload(), R"({"uid":"7","oldOpacity":1})");
     EXPECT_EQ(notification.serialize(),
               R"({"jsonrpc":"2.0","method":"IWindow::onOpacityChange","params":{"uid":"7","oldOpacity":1}})");
+}
+
+/// @return what an object writes where it is one of several values of a text
+std::string writePlain(const SerialObject& object)
+{
+    Serializer serializer;
+    object.serialize(std::string(), serializer);
+    return serializer.generate();
+}
+
+TEST(RPCObjects, ThatAnswerAreTheSameTextHoweverTheyAreWritten)
+{
+    const std::string id = R"("an id that is longer than any string keeps in itself")";
+    const RPCSynchronousMethodObject request("IWindow", "getTitle", "{}", id);
+    const RPCResultObject result(request, StringObject(std::string("\"quoted\"\n")));
+
+    EXPECT_EQ(RPCReturnObject(request).serialize(), writePlain(RPCReturnObject(request)));
+    EXPECT_EQ(result.serialize(), writePlain(result));
+    EXPECT_EQ(result.serialize(), R"({"jsonrpc":"2.0","id":)" + id + R"(,"result":"\"quoted\"\n"})");
 }
 
 TEST(RPCObjects, AreClonedWithTheirKind)
