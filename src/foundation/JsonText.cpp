@@ -1,5 +1,6 @@
 #include "JsonText.h"
 
+#include "JsonScanner.h"
 #include "SlotPool.h"
 #include <algorithm>
 #include <bit>
@@ -30,7 +31,6 @@ struct JsonText::Reader {
 
     simdjson::dom::parser parser;
     std::string input; ///< the text, then the padding that the parser may read
-    std::size_t length = 0;
 
     static SlotPool<Reader> pool;
     [[gnu::constructor]] static void fillPool()
@@ -59,11 +59,10 @@ simdjson::error_code JsonText::Reader::reserve(std::size_t wanted)
 
 simdjson::error_code JsonText::Reader::parse(std::string_view text, simdjson::dom::element& root)
 {
-    length = text.size();
     input.assign(text);
     input.append(simdjson::SIMDJSON_PADDING, ' ');
-    const simdjson::error_code error = reserve(length);
-    return error == simdjson::SUCCESS ? parser.parse(input.data(), length, false).get(root) : error;
+    const simdjson::error_code error = reserve(text.size());
+    return error == simdjson::SUCCESS ? parser.parse(input.data(), text.size(), false).get(root) : error;
 }
 
 void JsonText::GiveBack::operator()(Reader* reader) const
@@ -122,9 +121,24 @@ JsonText::JsonText(std::string_view text) : reader(Reader::pool.claim())
     throw SerialError(describe(error));
 }
 
-std::string_view JsonText::getText() const
+std::string_view JsonText::RawValues::next()
 {
-    return std::string_view(reader->input).substr(0, reader->length);
+    const char* const begin = text + *++place;
+    int depth = 0;
+    do {
+        const char c = text[*place++];
+        depth += static_cast<int>(c == '{' || c == '[') - static_cast<int>(c == '}' || c == ']');
+    } while (depth != 0);
+    // What comes next is a colon, a comma or the bracket around all: behind white space, perhaps.
+    const char* end = text + *place;
+    while (end[-1] == ' ' || end[-1] == '\t' || end[-1] == '\r' || end[-1] == '\n')
+        --end;
+    return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+JsonText::RawValues JsonText::rawValues() const
+{
+    return {reader->input.data(), reader->parser.implementation->structural_indexes.get()};
 }
 
 std::string_view JsonText::rawMember(std::string_view name) const

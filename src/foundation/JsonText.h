@@ -1,7 +1,7 @@
 #pragma once
 
-#include "JsonScanner.h"
 #include <corvane/foundation/SerialError.h>
+#include <cstdint>
 #include <memory>
 #include <simdjson.h>
 #include <string>
@@ -48,11 +48,10 @@ public:
         simdjson::dom::object object;
         if (rootElement.get(object) != simdjson::SUCCESS)
             return;
-        JsonScanner scanner(getText());
-        scanner.enter();
+        RawValues raw = rawValues();
         for (const simdjson::dom::key_value_pair member : object) {
-            scanner.next();
-            visit(member.key, member.value, scanner.next());
+            raw.next();
+            visit(member.key, member.value, raw.next());
         }
     }
 
@@ -64,10 +63,9 @@ public:
         simdjson::dom::array array;
         if (rootElement.get(array) != simdjson::SUCCESS)
             return;
-        JsonScanner scanner(getText());
-        scanner.enter();
+        RawValues raw = rawValues();
         for (const simdjson::dom::element element : array)
-            visit(element, scanner.next());
+            visit(element, raw.next());
     }
 
     /// @return the value of the last member `name` of the text's own object as it stands in the text; empty when there
@@ -80,7 +78,21 @@ private:
         void operator()(Reader* reader) const;
     };
 
-    std::string_view getText() const;
+    /// The values of the text's own object or array as they stand in the text, names of members among them. They are
+    /// found by the places of brackets, colons, commas and beginnings of values, which the parser has noted anyway.
+    class RawValues
+    {
+    public:
+        RawValues(const char* text, const std::uint32_t* places) : text(text), place(places) {}
+        /// @return the next one, without white space around it
+        std::string_view next();
+
+    private:
+        const char* text;
+        const std::uint32_t* place; ///< of the bracket, colon or comma before the next one
+    };
+
+    RawValues rawValues() const;
 
     const std::unique_ptr<Reader, GiveBack> reader;
     simdjson::dom::element rootElement;

@@ -1,5 +1,6 @@
 #include "RPCMessage.h"
 
+#include "JsonScanner.h"
 #include "JsonText.h"
 
 #include <algorithm>

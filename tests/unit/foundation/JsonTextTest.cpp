@@ -1,5 +1,6 @@
 #include "JsonText.h"
 
+#include "JsonScanner.h"
 #include "ProblemOf.h"
 #include <corvane/foundation/SerialError.h>
 #include <gtest/gtest.h>
