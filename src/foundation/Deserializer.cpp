@@ -72,12 +72,13 @@ std::string describe(element value)
 } // namespace
 
 struct Deserializer::Document {
-    explicit Document(const std::string& source) : text(source) { levels.push_back({{}, text.root()}); }
+    explicit Document(const std::string& source) : text(source), root{.name = {}, .value = text.root()} {}
 
-    Level& current() { return levels.back(); }
+    Level& current() { return inner.empty() ? root : inner.back(); }
 
     JsonText text;
-    std::vector<Level> levels; ///< never empty
+    Level root;
+    std::vector<Level> inner; ///< below the root; most texts are flat, and then it takes no memory
 };
 
 namespace
@@ -136,19 +137,19 @@ void Deserializer::enterMember(const std::string& key)
     const Level& level = document->current();
     const bool isPinnedMember = level.isPinned && level.member.key() == key;
     if (key.empty() && !isPinnedMember) {
-        document->levels.push_back({{}, level.value});
+        document->inner.push_back({{}, level.value});
         return;
     }
     const key_value_pair member = require(level, key, *this);
     if (!member.value.is_object())
         failMember(key, "expected an object, found " + describe(member.value), *this);
-    document->levels.push_back({member.key, member.value});
+    document->inner.push_back({member.key, member.value});
 }
 
 void Deserializer::leaveMember(const std::string& /*key*/)
 {
-    if (document->levels.size() > 1)
-        document->levels.pop_back();
+    if (!document->inner.empty())
+        document->inner.pop_back();
 }
 
 std::vector<std::string> Deserializer::getMemberNames()
@@ -225,7 +226,7 @@ void Deserializer::fail(const std::string& key, const std::string& problem) cons
             path += '.';
         path += excerpt(name);
     };
-    for (const Level& level : document->levels)
+    for (const Level& level : document->inner) // the root has no name
         append(level.name);
     append(key);
     throw SerialError(path.empty() ? problem : path + ": " + problem);
