@@ -16,16 +16,17 @@ namespace
 constexpr std::size_t COMPACTION_SIZE = 64 * 1024;
 
 /// @return how many bytes the socket took, -1 when the connection is lost
-ssize_t trySend(int socket, const iovec* pieces, int count)
+ssize_t trySend(int socket, std::span<const iovec> pieces)
 {
     msghdr message{};
-    message.msg_iov = const_cast<iovec*>(pieces);
-    message.msg_iovlen = static_cast<std::size_t>(count);
+    message.msg_iov = const_cast<iovec*>(pieces.data());
+    message.msg_iovlen = pieces.size();
     ssize_t taken = -1;
     do {
-        // An answer is one piece, and the plain call is the cheaper one.
-        taken = count == 1 ? ::send(socket, pieces->iov_base, pieces->iov_len, MSG_DONTWAIT | MSG_NOSIGNAL)
-                           : sendmsg(socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+        // Most messages are one piece, and the plain call is the cheaper one.
+        taken = pieces.size() == 1
+                    ? ::send(socket, pieces.front().iov_base, pieces.front().iov_len, MSG_DONTWAIT | MSG_NOSIGNAL)
+                    : sendmsg(socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
     } while (taken < 0 && errno == EINTR);
     if (taken < 0 && errno == EAGAIN)
         return 0;
@@ -43,25 +44,30 @@ bool matches(std::string_view pattern, std::string_view notification)
 
 } // namespace
 
-void RPCConnection::send(Kind kind, const iovec* pieces, int count) noexcept
+std::size_t measure(std::span<const iovec> pieces)
+{
+    return std::accumulate(pieces.begin(), pieces.end(), std::size_t{0},
+                           [](std::size_t sum, const iovec& piece) { return sum + piece.iov_len; });
+}
+
+void RPCConnection::send(Kind kind, std::span<const iovec> pieces) noexcept
 {
     if (loss != Loss::NONE)
         return;
-    const ssize_t taken = waits ? 0 : trySend(socket.get(), pieces, count);
+    const ssize_t taken = waits ? 0 : trySend(socket.get(), pieces);
     if (taken < 0)
         return lose(Loss::GONE);
     try {
-        keep(kind, pieces, count, static_cast<std::size_t>(taken));
+        keep(kind, pieces, static_cast<std::size_t>(taken));
     } catch (...) {
         // Part of the message may be gone, so nothing else can be said on this connection.
         lose(Loss::NO_MEMORY);
     }
 }
 
-void RPCConnection::keep(Kind kind, const iovec* pieces, int count, std::size_t taken)
+void RPCConnection::keep(Kind kind, std::span<const iovec> pieces, std::size_t taken)
 {
-    const std::size_t size = std::accumulate(pieces, pieces + count, std::size_t{0},
-                                             [](std::size_t sum, const iovec& piece) { return sum + piece.iov_len; });
+    const std::size_t size = measure(pieces);
     // Of a message that the socket took whole nothing is left: then no memory is touched here.
     if (taken == size)
         return;
@@ -69,10 +75,10 @@ void RPCConnection::keep(Kind kind, const iovec* pieces, int count, std::size_t 
         return lose(Loss::BEHIND);
     const std::size_t begin = output.size();
     output.reserve(begin + size - taken);
-    for (int i = 0; i < count; ++i) {
-        const std::size_t skipped = std::min(taken, pieces[i].iov_len);
+    for (const iovec& piece : pieces) {
+        const std::size_t skipped = std::min(taken, piece.iov_len);
         taken -= skipped;
-        output.append(static_cast<const char*>(pieces[i].iov_base) + skipped, pieces[i].iov_len - skipped);
+        output.append(static_cast<const char*>(piece.iov_base) + skipped, piece.iov_len - skipped);
     }
     if (kind == Kind::ANSWER) {
         answerBegin = begin;
@@ -90,7 +96,7 @@ std::size_t RPCConnection::countWaitingNotifications() const
 void RPCConnection::flush() noexcept
 {
     const iovec rest{.iov_base = output.data() + sent, .iov_len = output.size() - sent};
-    const ssize_t taken = trySend(socket.get(), &rest, 1);
+    const ssize_t taken = trySend(socket.get(), {&rest, 1});
     if (taken < 0)
         return lose(Loss::GONE);
     sent += static_cast<std::size_t>(taken);

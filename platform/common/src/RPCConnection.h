@@ -4,6 +4,7 @@
 #include <corvane/common/FileDescriptor.h>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <sys/uio.h>
@@ -11,6 +12,9 @@
 
 namespace Corvane
 {
+
+/// @return how many bytes they have together
+std::size_t measure(std::span<const iovec> pieces);
 
 /// One client of a server: what it has sent so far, what waits for it, and what it subscribed to.
 ///
@@ -41,7 +45,7 @@ public:
     /// Sends the pieces as one message, at once as far as the socket takes it; the rest waits. Without effect on a
     /// client that is lost. An answer may have any size; at most one waits at a time, for nothing further is handled
     /// before it is gone.
-    void send(Kind kind, const iovec* pieces, int count) noexcept;
+    void send(Kind kind, std::span<const iovec> pieces) noexcept;
     /// Sends what waits.
     void flush() noexcept;
     /// @return whether something waits to be sent. Thread-safe.
@@ -65,7 +69,7 @@ public:
     std::uint32_t watched = 0; ///< the events that the transport waits for on this socket
 
 private:
-    void keep(Kind kind, const iovec* pieces, int count, std::size_t taken);
+    void keep(Kind kind, std::span<const iovec> pieces, std::size_t taken);
     std::size_t countWaitingNotifications() const;
     void compact();
 

@@ -41,6 +41,12 @@ iovec piece(std::string_view text)
     return {.iov_base = const_cast<char*>(text.data()), .iov_len = text.size()};
 }
 
+void join(std::span<const iovec> pieces, char* text)
+{
+    for (const iovec& each : pieces)
+        text = std::copy_n(static_cast<const char*>(each.iov_base), each.iov_len, text);
+}
+
 } // namespace
 
 RPCTransport::RPCTransport(RPCServer& server)
@@ -154,11 +160,23 @@ void RPCTransport::notify(std::string_view name, std::string_view payload)
         return;
     const iovec pieces[] = {piece(R"({"jsonrpc":"2.0","method":")"), piece(name), piece(R"(","params":)"),
                             piece(payload), piece("}\n")};
+    // A single piece is sent in half the time of five. What is too long for the stack is sent as it is.
+    std::array<char, 1024> line;
+    const std::size_t size = measure(pieces);
+    if (size > line.size())
+        return sendNotification(name, pieces);
+    join(pieces, line.data());
+    const iovec whole = piece({line.data(), size});
+    sendNotification(name, {&whole, 1});
+}
+
+void RPCTransport::sendNotification(std::string_view name, std::span<const iovec> pieces)
+{
     std::lock_guard guard(connectionsMutex);
     for (const auto& [socket, connection] : connections) {
         if (!connection->isSubscribedTo(name))
             continue;
-        connection->send(RPCConnection::Kind::NOTIFICATION, pieces, std::size(pieces));
+        connection->send(RPCConnection::Kind::NOTIFICATION, pieces);
         watch(*connection);
     }
 }
@@ -197,7 +215,7 @@ void RPCTransport::turnAway(FileDescriptor socket, const char* reason)
     const std::string text = RPCMessage::errorReply("null", RPCErrorObject::CALL_FAILED, reason) + '\n';
     const iovec whole = piece(text);
     RPCConnection connection(std::move(socket));
-    connection.send(RPCConnection::Kind::ANSWER, &whole, 1);
+    connection.send(RPCConnection::Kind::ANSWER, {&whole, 1});
     log(__LINE__, connection.getSocket(), "is turned away", reason);
 }
 
@@ -345,7 +363,7 @@ void RPCTransport::send(RPCConnection& connection, std::string text)
     text += '\n';
     const iovec whole = piece(text);
     std::lock_guard guard(connectionsMutex);
-    connection.send(RPCConnection::Kind::ANSWER, &whole, 1);
+    connection.send(RPCConnection::Kind::ANSWER, {&whole, 1});
     watch(connection);
 }
 

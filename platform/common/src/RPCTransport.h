@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -53,6 +54,7 @@ public:
 
 private:
     int thread() override;
+    void sendNotification(std::string_view name, std::span<const iovec> pieces);
     void step(int descriptor, std::uint32_t events);
     void abandon(int descriptor, const char* reason);
     void accept();

@@ -50,6 +50,20 @@ TEST_F(RPCNotification, ComesOnceHoweverManyPatternsMatch)
     EXPECT_EQ(client.receiveLine(), ringOf(2));
 }
 
+TEST_F(RPCNotification, ArrivesWholeWhateverItsLength)
+{
+    RawClient client = connect();
+    subscribe(client, R"(["*"])");
+    const std::string around = R"({"jsonrpc":"2.0","method":"ITest::onText","params":""})";
+    constexpr std::size_t SENT_AS_ONE_PIECE = 1024;
+    for (const std::size_t size :
+         {SENT_AS_ONE_PIECE - 1, SENT_AS_ONE_PIECE, SENT_AS_ONE_PIECE + 1, 20 * SENT_AS_ONE_PIECE}) {
+        const std::string payload = '"' + std::string(size - around.size() - 1, 'x') + '"';
+        server.handleRPCNotification("ITest::onText", payload);
+        EXPECT_EQ(client.receiveLine(), R"({"jsonrpc":"2.0","method":"ITest::onText","params":)" + payload + '}');
+    }
+}
+
 TEST_F(RPCNotification, IsForTheLastOfSeveralListsOfPatterns)
 {
     RawClient client = connect();
