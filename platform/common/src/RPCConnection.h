@@ -50,6 +50,7 @@ public:
     void flush() noexcept;
     /// @return whether something waits to be sent. Thread-safe.
     bool hasOutput() const { return waits; }
+    /// Thread-safe.
     Loss getLoss() const { return loss; }
     /// Notes that the client is lost and wakes the transport's thread, which closes the connection.
     void lose(Loss reason);
@@ -76,7 +77,7 @@ private:
     FileDescriptor socket;
     std::string output;
     std::atomic<bool> waits{false}; ///< part of `output` is not sent; written under the mutex
-    Loss loss = Loss::NONE;
+    std::atomic<Loss> loss = Loss::NONE; ///< written under the mutex
     std::size_t sent = 0;        ///< so much of `output` is gone already
     std::size_t answerBegin = 0; ///< where in `output` the answer stands; everything else there is notifications
     std::size_t answerEnd = 0;

@@ -225,14 +225,10 @@ void RPCTransport::serve(RPCConnection& connection, std::uint32_t events)
         resume(connection);
     else if (!connection.closing && (events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0)
         read(connection);
-    RPCConnection::Loss loss{};
-    {
-        std::lock_guard guard(connectionsMutex);
-        loss = connection.getLoss();
-        const bool lost = loss != RPCConnection::Loss::NONE || (events & EPOLLERR) != 0;
-        if (!lost && (!connection.closing || connection.hasOutput()))
-            return watch(connection);
-    }
+    const RPCConnection::Loss loss = connection.getLoss();
+    const bool isLost = loss != RPCConnection::Loss::NONE || (events & EPOLLERR) != 0;
+    if (!isLost && (!connection.closing || connection.hasOutput()))
+        return;
     if (loss == RPCConnection::Loss::BEHIND)
         log(__LINE__, connection.getSocket(), "is disconnected", "it does not read what it is sent");
     else if (loss == RPCConnection::Loss::NO_MEMORY)
@@ -245,6 +241,7 @@ void RPCTransport::resume(RPCConnection& connection)
     {
         std::lock_guard guard(connectionsMutex);
         connection.flush();
+        watch(connection);
     }
     // What had to wait is here already: no event will tell of it.
     if (!connection.hasOutput() && !connection.closing)
@@ -276,7 +273,7 @@ void RPCTransport::handleInput(RPCConnection& connection, std::string_view data)
             handleMessage(connection, message);
         }
     }
-    if (connection.closing)
+    if (connection.closing || data.empty())
         return;
     connection.input.append(data);
     if (end == data.npos && connection.input.size() > RPCMessage::SIZE_LIMIT)
@@ -353,6 +350,7 @@ void RPCTransport::finish(RPCConnection& connection)
 {
     std::lock_guard guard(connectionsMutex);
     connection.closing = true;
+    watch(connection);
 }
 
 void RPCTransport::send(RPCConnection& connection, std::string text)
