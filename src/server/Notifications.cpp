@@ -1,10 +1,11 @@
 #include <corvane/APPRPCServer.h>
 
 #include <corvane/foundation/Serializer.h>
+#include <string_view>
 
 /// What a control server announces. A process announces its end from the handler of a fatal signal, possibly with a
-/// damaged heap, so nothing here allocates memory: the names are static, the keys are short enough for a std::string to
-/// hold them in itself (15 characters), and the Serializer and RPCServer keep buffers ready.
+/// damaged heap, so nothing here allocates memory: the names and the keys are static, and the Serializer and RPCServer
+/// keep buffers ready.
 namespace Corvane
 {
 
@@ -24,20 +25,29 @@ struct Names {
 /// Never destroyed: a thread may still announce something while the process runs its exit handlers.
 const Names& NAMES = *new Names;
 
-template <class Value>
-void writeField(const char* key, const Value& value, Serializer& serializer)
+void writeField(std::string_view key, const std::string& value, Serializer& serializer)
 {
-    serialize(key, value, serializer);
+    serializer.writeString(key, value);
 }
 
-void writeField(const char* key, const ISurfaceCompositing::Rect& value, Serializer& serializer)
+void writeField(std::string_view key, unsigned int value, Serializer& serializer)
 {
-    value.serialize(key, serializer);
+    serializer.writeUnsigned(key, value);
+}
+
+void writeField(std::string_view key, bool value, Serializer& serializer)
+{
+    serializer.writeBoolean(key, value);
+}
+
+void writeField(std::string_view key, const ISurfaceCompositing::Rect& value, Serializer& serializer)
+{
+    value.serialize(std::string(key), serializer);
 }
 
 template <class Value>
-void announceChange(RPCServer& server, const std::string& name, const std::string& uid, const char* oldKey,
-                    const Value& oldValue, const char* newKey, const Value& newValue)
+void announceChange(RPCServer& server, const std::string& name, const std::string& uid, std::string_view oldKey,
+                    const Value& oldValue, std::string_view newKey, const Value& newValue)
 {
     Serializer payload;
     payload.beginObject("");

@@ -163,7 +163,7 @@ Answer answer(std::string_view message, const Dispatch& dispatch)
     } catch (const NestingError&) {
         throw;
     } catch (const NumberError& error) {
-        return {.text = errorReply(std::string(findId(message)), RPCErrorObject::PARSE_ERROR, error.what())};
+        return {.text = errorReply(findId(message), RPCErrorObject::PARSE_ERROR, error.what())};
     } catch (const SerialError& error) {
         return {.text = errorReply("null", RPCErrorObject::PARSE_ERROR, error.what())};
     }
@@ -174,12 +174,12 @@ Answer answer(std::string_view message, const Dispatch& dispatch)
     return {.text = errorReply("null", RPCErrorObject::INVALID_REQUEST, "expected an object or an array")};
 }
 
-std::string errorReply(const std::string& id, int code, const std::string& message)
+std::string errorReply(std::string_view id, int code, const std::string& message)
 {
-    return RPCErrorObject(id, message, code).serialize();
+    return RPCErrorObject(std::string(id), message, code).serialize();
 }
 
-std::string resultReply(const std::string& id, const std::string& result)
+std::string resultReply(std::string_view id, std::string_view result)
 {
     Serializer serializer;
     serializer.beginObject("");
@@ -190,7 +190,7 @@ std::string resultReply(const std::string& id, const std::string& result)
     return serializer.generate();
 }
 
-std::vector<std::string> notificationPatterns(const std::string& parameters)
+std::vector<std::string> notificationPatterns(std::string_view parameters)
 {
     const JsonText text(parameters);
     std::optional<simdjson::dom::element> member;

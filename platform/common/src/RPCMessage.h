@@ -16,12 +16,12 @@ constexpr std::size_t SIZE_LIMIT = 1024 * 1024;
 /// exceed it: a call that was carried out is answered.
 constexpr std::size_t BATCH_ANSWER_LIMIT = 1024 * 1024;
 
-/// One call as a client sent it.
+/// One call as a client sent it: pieces of the message, which outlives it.
 struct Call {
-    std::string interface;  ///< "IWindow" of "IWindow::setOpacity", empty where the method has none
-    std::string method;     ///< "setOpacity"
-    std::string parameters; ///< JSON text without white space around it; "{}" for a call without parameters
-    std::string id;         ///< JSON text, "null" for a call that expects no reply
+    std::string_view interface;  ///< "IWindow" of "IWindow::setOpacity", empty where the method has none
+    std::string_view method;     ///< "setOpacity"
+    std::string_view parameters; ///< JSON text without white space around it; "{}" for a call without parameters
+    std::string_view id;         ///< JSON text, "null" for a call that expects no reply
     bool expectsReply;
 };
 
@@ -40,13 +40,13 @@ struct Answer {
 Answer answer(std::string_view message, const Dispatch& dispatch);
 
 /// @return the text of an error reply
-std::string errorReply(const std::string& id, int code, const std::string& message);
+std::string errorReply(std::string_view id, int code, const std::string& message);
 /// @param result  JSON text
-std::string resultReply(const std::string& id, const std::string& result);
+std::string resultReply(std::string_view id, std::string_view result);
 
 /// Reads the member "notifications", an array of names, from the parameters of rpc.subscribe and rpc.unsubscribe.
 /// @return the names, sorted, each once
 /// @throws SerialError  it is missing or is something else
-std::vector<std::string> notificationPatterns(const std::string& parameters);
+std::vector<std::string> notificationPatterns(std::string_view parameters);
 
 } // namespace Corvane::RPCMessage

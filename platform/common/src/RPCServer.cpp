@@ -19,7 +19,7 @@ namespace
 {
 
 /// @return the text of the error reply to the call whose exception is being handled
-std::string failureReply(const std::string& id)
+std::string failureReply(std::string_view id)
 {
     try {
         throw;
@@ -123,10 +123,13 @@ try {
     const bool isObject = call.parameters.starts_with('{');
     if (!isObject && takesParameters(description.find(call.interface, call.method)))
         return RPCMessage::errorReply(call.id, RPCErrorObject::INVALID_PARAMETERS, "params: expected an object");
-    std::string parameters = isObject ? call.parameters : "{}";
+    std::string interface(call.interface);
+    std::string method(call.method);
+    std::string parameters(isObject ? call.parameters : "{}");
     if (call.expectsReply)
-        return handleRPCSynchronousMethod({call.interface, call.method, std::move(parameters), call.id});
-    handleRPCAsynchronousMethod({call.interface, call.method, std::move(parameters)});
+        return handleRPCSynchronousMethod(
+            {std::move(interface), std::move(method), std::move(parameters), std::string(call.id)});
+    handleRPCAsynchronousMethod({std::move(interface), std::move(method), std::move(parameters)});
     return {};
 } catch (...) {
     // Not only handlers fail: memory may be short on the way to them, and a derived class may have a dispatch of its
