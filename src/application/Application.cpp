@@ -3,10 +3,8 @@
 #include "Containment.h"
 #include "ListenerWalk.h"
 
-#include <algorithm>
 #include <corvane/common/PlatformHelper.h>
 #include <corvane/common/TaskDelay.h>
-#include <mutex>
 
 namespace Corvane
 {
@@ -153,22 +151,13 @@ void Application::addListener(IListener* listener)
 {
     // Before the lock: the cast of a stale pointer is a fault, which the listeners are still to hear of.
     auto* const wanted = dynamic_cast<Listener*>(listener);
-    const std::lock_guard<Mutex> guard(listenersMutex);
-    if (wanted == nullptr || std::find(listeners.begin(), listeners.end(), wanted) != listeners.end())
-        return;
-    listeners.push_back(wanted);
-    listenersChanged = true;
+    addToWalk(listenersMutex, listeners, listenersChanged, wanted);
 }
 
 void Application::removeListener(IListener* listener)
 {
     auto* const unwanted = dynamic_cast<Listener*>(listener);
-    const std::lock_guard<Mutex> guard(listenersMutex);
-    const auto entry = std::find(listeners.begin(), listeners.end(), unwanted);
-    if (unwanted == nullptr || entry == listeners.end())
-        return;
-    listeners.erase(entry);
-    listenersChanged = true;
+    removeFromWalk(listenersMutex, listeners, listenersChanged, unwanted);
 }
 
 } // namespace Corvane

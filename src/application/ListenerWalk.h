@@ -1,6 +1,9 @@
 #pragma once
 
-#include <corvane/foundation/Mutex.h>
+#include "../../platform/common/src/SignalMask.h"
+#include "InterruptibleMutex.h"
+
+#include <algorithm>
 #include <cstddef>
 #include <mutex>
 #include <vector>
@@ -9,13 +12,14 @@ namespace Corvane
 {
 
 /// Calls every listener in turn, with no lock held, so that a listener may change the list or raise further
-/// notifications.
+/// notifications. A signal handler may walk a list whose walk or change it has interrupted.
 /// @param mutex    guards `listeners` and `changed`; free while a listener runs
 /// @param changed  set by whoever changes the list; cleared here
 template <class Listener, class Call>
 void walkListeners(Mutex& mutex, const std::vector<Listener*>& listeners, bool& changed, Call call)
 {
-    std::unique_lock<Mutex> lock(mutex);
+    InterruptibleMutex interruptible(mutex);
+    std::unique_lock lock(interruptible);
     // An index, since the list may be another one after each call.
     for (std::size_t position = 0; position < listeners.size(); ++position) {
         Listener* const listener = listeners[position];
@@ -30,6 +34,38 @@ void walkListeners(Mutex& mutex, const std::vector<Listener*>& listeners, bool& 
             changed = false;
         }
     }
+}
+
+/// Adds a listener at the end of a list that `walkListeners` walks, unless it is null or there already.
+template <class Listener>
+void addToWalk(Mutex& mutex, std::vector<Listener*>& listeners, bool& changed, Listener* wanted)
+{
+    InterruptibleMutex interruptible(mutex);
+    const std::lock_guard guard(interruptible);
+    if (wanted == nullptr || std::find(listeners.begin(), listeners.end(), wanted) != listeners.end())
+        return;
+    // The heap may fault here, and free the old list below: a handler finds a whole list at both places.
+    std::vector<Listener*> longer;
+    longer.reserve(listeners.size() + 1);
+    longer = listeners;
+    longer.push_back(wanted);
+    const SignalMask mask(SIG_BLOCK, SignalMask::allSignals());
+    listeners.swap(longer);
+    changed = true;
+}
+
+/// Takes a listener off such a list, if it is there.
+template <class Listener>
+void removeFromWalk(Mutex& mutex, std::vector<Listener*>& listeners, bool& changed, Listener* unwanted)
+{
+    InterruptibleMutex interruptible(mutex);
+    const std::lock_guard guard(interruptible);
+    const auto entry = std::find(listeners.begin(), listeners.end(), unwanted);
+    if (unwanted == nullptr || entry == listeners.end())
+        return;
+    const SignalMask mask(SIG_BLOCK, SignalMask::allSignals());
+    listeners.erase(entry);
+    changed = true;
 }
 
 } // namespace Corvane

@@ -1,18 +1,18 @@
 #include <corvane/Application.h>
 
+#include "../../platform/common/src/SignalMask.h"
+#include "BackTrace.h"
 #include "Containment.h"
+#include "InterruptibleMutex.h"
 
 #include <algorithm>
 #include <atomic>
 #include <corvane/Foundation.h>
 #include <corvane/common/SignalDeferral.h>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <execinfo.h>
 #include <mutex>
-#include <sys/types.h>
 
 namespace Corvane
 {
@@ -80,6 +80,19 @@ void installSignalHandlers(void (*handler)(int))
     [[maybe_unused]] static const int REGISTERED = std::atexit(restoreAtExit);
 }
 
+/// @return the signals that the handler is for
+sigset_t fatalSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const HandledSignal& handled : handledSignals)
+        sigaddset(&signals, handled.number);
+    return signals;
+}
+
+/// How many of `applications` the announcement under way has come to. Guarded by `shutdownMutex`.
+std::size_t announced = 0;
+
 /// One application's listeners must not keep the others from hearing of the end, nor the process from ending: no
 /// exception leaves a signal handler.
 void announceAbort(Application& application)
@@ -87,25 +100,40 @@ void announceAbort(Application& application)
     contain(__func__, __LINE__, [&] { application.setState(ILifecycleManagement::STATE_ABORTED); });
 }
 
-void printBackTrace()
+/// A further signal from outside waits until all have heard. An abort() of a listener does not: it comes back to here,
+/// and the announcement goes on behind the application whose listener that was.
+void announceAborts()
 {
-    constexpr int FRAME_LIMIT = 10;
-    void* frames[FRAME_LIMIT];
-    const int count = backtrace(frames, FRAME_LIMIT);
-    char** const lines = backtrace_symbols(frames, count);
-    std::printf("Obtained %zd stack frames.\n", static_cast<ssize_t>(count));
-    for (int i = 0; lines != nullptr && i < count; ++i)
-        std::puts(lines[i]);
-    std::free(lines);
-    // The process dies without flushing anything.
-    std::fflush(stdout);
+    const SignalMask mask(SIG_BLOCK, fatalSignals());
+    InterruptibleMutex interruptible(shutdownMutex);
+    const std::lock_guard guard(interruptible);
+    while (announced < applications.size())
+        announceAbort(*applications[announced++]);
+    announced = 0;
+}
+
+/// Lets the signal take its previous course, which ends the process as a rule.
+void raiseAgain(int signal)
+{
+    restoreSignalHandlers();
+    raise(signal);
+}
+
+/// The same from within another handler, which may have interrupted that of the signal.
+void raiseAgainAtOnce(int signal)
+{
+    const SignalMask mask(SIG_UNBLOCK, fatalSignals());
+    raiseAgain(signal);
 }
 
 } // namespace
 
 void Application::initSignalHandler(Application* application)
 {
-    const std::lock_guard<Mutex> guard(shutdownMutex);
+    prepareBackTrace();
+    const SignalMask mask(SIG_BLOCK, SignalMask::asynchronousSignals());
+    InterruptibleMutex interruptible(shutdownMutex);
+    const std::lock_guard guard(interruptible);
     if (signalUsers++ == 0)
         installSignalHandlers(&Application::signalHandler);
     applications.push_back(application);
@@ -113,7 +141,9 @@ void Application::initSignalHandler(Application* application)
 
 void Application::uninitSignalHandler(Application* application)
 {
-    const std::lock_guard<Mutex> guard(shutdownMutex);
+    const SignalMask mask(SIG_BLOCK, SignalMask::asynchronousSignals());
+    InterruptibleMutex interruptible(shutdownMutex);
+    const std::lock_guard guard(interruptible);
     const auto entry = std::find(applications.begin(), applications.end(), application);
     if (entry != applications.end())
         applications.erase(entry);
@@ -123,9 +153,8 @@ void Application::uninitSignalHandler(Application* application)
 }
 
 // Deliberate: a mutex, listeners and formatted output are not safe in a signal handler. The managers must hear of the
-// end of this process, and it ends anyway. It hangs where the interrupted thread holds what the handler waits for:
-// `shutdownMutex`, the mutex of an application's listeners, or a lock that a listener or the back trace takes, the
-// heap's for one. docs/threading.md has the cases.
+// end of this process, and it ends anyway. It waits for no lock that the interrupted code of its own thread has taken
+// through the library; docs/reliability.md tells what else it may wait for.
 void Application::signalHandler(int signal)
 {
     if (deferSignal(signal))
@@ -135,15 +164,10 @@ void Application::signalHandler(int signal)
                                              [signal](const HandledSignal& each) { return each.number == signal; });
     if (handled == std::end(handledSignals))
         return;
-    {
-        const std::lock_guard<Mutex> guard(shutdownMutex);
-        for (Application* application : applications)
-            announceAbort(*application);
-    }
+    announceAborts();
     if (handled->wantsBackTrace)
-        printBackTrace();
-    restoreSignalHandlers();
-    raise(signal);
+        printBackTrace(signal, raiseAgainAtOnce);
+    raiseAgain(signal);
 }
 
 } // namespace Corvane

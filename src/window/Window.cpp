@@ -1,7 +1,7 @@
 #include <corvane/Window.h>
 
 #include "WindowWalk.h"
-#include <algorithm>
+
 #include <corvane/Foundation.h>
 #include <corvane/input/MultiInputDriver.h>
 #include <cstdlib>
@@ -74,23 +74,14 @@ void Window::addListener(IListener* listener)
     Application::addListener(listener);
     // Before the lock, as in Application: no fault of a stale pointer under it.
     auto* const windowListener = dynamic_cast<IWindow::IWindowListener*>(listener);
-    std::lock_guard<Mutex> guard(windowMutex);
-    if (windowListener == nullptr || std::ranges::count(windowListeners, windowListener) != 0)
-        return;
-    windowListeners.push_back(windowListener);
-    listenersChanged = true;
+    addToWalk(windowMutex, windowListeners, listenersChanged, windowListener);
 }
 
 void Window::removeListener(IListener* listener)
 {
     Application::removeListener(listener);
     auto* const windowListener = dynamic_cast<IWindow::IWindowListener*>(listener);
-    std::lock_guard<Mutex> guard(windowMutex);
-    const auto entry = std::ranges::find(windowListeners, windowListener);
-    if (entry == windowListeners.end())
-        return;
-    windowListeners.erase(entry);
-    listenersChanged = true;
+    removeFromWalk(windowMutex, windowListeners, listenersChanged, windowListener);
 }
 
 void Window::setVisibility(bool visibility)

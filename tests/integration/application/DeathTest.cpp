@@ -159,6 +159,17 @@ TEST_F(KilledWindow, InsideMallocStillAnnouncesItsAbortionAndDies)
     EXPECT_EQ(announcements.untilGone(), std::vector<std::string>{changeOf("RUNNING", "ABORTED")});
     EXPECT_EQ(process.wait().signal, SIGTERM);
 }
+
+TEST_F(KilledWindow, ByAFaultInsideMallocStillAnnouncesItsAbortionTracesAndDies)
+{
+    Announcements announcements(client);
+    const std::string event =
+        R"({"event":{"type":"KeyEvent","keyCode":)" + std::to_string(1000 + SIGABRT) + R"(,"pressed":true}})";
+    EXPECT_EQ(errorOf("IWindow::handleEvent", event), "the server has closed the connection");
+    EXPECT_EQ(announcements.untilGone(), std::vector<std::string>{changeOf("RUNNING", "ABORTED")});
+    EXPECT_EQ(process.wait().signal, SIGABRT);
+    EXPECT_NE(process.getOutput().find("Obtained 10 stack frames."), std::string::npos);
+}
 #endif
 
 } // namespace

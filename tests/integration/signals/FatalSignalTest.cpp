@@ -171,6 +171,82 @@ TEST(FatalSignal, ThatWasIgnoredBeforeInitStaysIgnored)
     EXPECT_THAT(victim.getOutput(), Not(HasSubstr("ABORTED")));
 }
 
+TEST(FatalSignal, IsAnnouncedByTheOthersAndEndsTheProcessEvenWhenAListenerAborts)
+{
+    Victim victim({"create", "let-listener-abort", "create", "let-listener-abort", "create", "raise-term"});
+
+    EXPECT_EQ(victim.wait().signal, SIGABRT);
+    EXPECT_THAT(victim.getOutput(), HasSubstr("application 0: ABORTED\napplication 1: ABORTED\n"
+                                              "application 2: ABORTED\nObtained "));
+}
+
+TEST(FatalSignal, EndsTheProcessByTheFaultOfAListenerThatIsToldOfIt)
+{
+    Victim victim({"create", "let-listener-fault", "create", "raise-term"});
+
+    EXPECT_EQ(victim.wait().signal, SIGSEGV);
+    EXPECT_THAT(victim.getOutput(), HasSubstr("application 0: ABORTED\n"));
+}
+
+TEST(FatalSignal, WaitsUntilAnotherOneHasBeenAnnouncedToAll)
+{
+    Victim victim({"create", "let-listener-be-killed", "create", "raise-term"});
+
+    EXPECT_EQ(victim.wait().signal, SIGABRT);
+    EXPECT_THAT(victim.getOutput(), HasSubstr("application 0: ABORTED\napplication 1: ABORTED\nObtained "));
+}
+
+TEST(FatalSignal, EndsAProcessWhoseStandardOutputNobodyReads)
+{
+    Victim victim({"create", "block-output", "abort"});
+
+    EXPECT_EQ(victim.wait().signal, SIGABRT);
+}
+
+#ifdef INTERRUPTS_LOCKS // nor has a sanitizer's heap a lock of the C library's
+TEST(FatalSignal, OfADamagedHeapIsAnnouncedTracedAndThenEndsTheProcess)
+{
+    Victim victim({"create", "overrun-heap"});
+
+    EXPECT_EQ(victim.wait().signal, SIGABRT);
+    const std::string output = victim.getOutput();
+    ASSERT_EQ(output.substr(0, ANNOUNCEMENT.size()), ANNOUNCEMENT);
+    expectBackTrace(output.substr(ANNOUNCEMENT.size()));
+}
+
+struct Interruption {
+    const char* what;
+    const char* during;
+};
+
+class InterruptedHolder : public testing::TestWithParam<Interruption>
+{
+};
+
+TEST_P(InterruptedHolder, OfALockDoesNotKeepTheSignalFromBeingAnnounced)
+{
+    Victim victim({"create", GetParam().what, GetParam().during, "alive"});
+
+    EXPECT_EQ(victim.wait().signal, SIGTERM);
+    EXPECT_THAT(victim.getOutput(), HasSubstr("application 0: ABORTED\n"));
+    EXPECT_THAT(victim.getOutput(), Not(HasSubstr("alive")));
+}
+
+INSTANTIATE_TEST_SUITE_P(Locks, InterruptedHolder,
+                         testing::Values(Interruption{"interrupt-list-after-lock", "change-state"},
+                                         Interruption{"interrupt-list-before-unlock", "change-state"},
+                                         Interruption{"interrupt-list-after-lock", "add-listener"},
+                                         Interruption{"interrupt-list-before-unlock", "add-listener"},
+                                         Interruption{"interrupt-list-before-unlock", "remove-listener"},
+                                         Interruption{"interrupt-applications-after-lock", "create"},
+                                         Interruption{"interrupt-applications-before-unlock", "create"}),
+                         [](const auto& each) {
+                             std::string name = std::string(each.param.what) + "_" + each.param.during;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+#endif
+
 #ifdef OUTLIVES_THE_LIBRARIES
 // The applications are still there when a main loop calls exit(), but not what the library keeps them in.
 TEST(FatalSignal, IsThePreviousActionsAgainWhenTheProcessExitsWithApplications)

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <deque>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <functional>
 #include <map>
 #include <memory>
@@ -30,9 +31,14 @@ constexpr int HANDLED[] = {SIGILL, SIGABRT, SIGFPE, SIGKILL, SIGSEGV, SIGTERM, S
 
 bool tracesActions = false;
 bool clockStands = false;
+bool outputIsBlocked = false;
 #ifdef OUTLIVES_THE_LIBRARIES
 bool raisesTermLast = false;
 #endif
+/// The object in which a mutex lies that SIGTERM is to meet: `after` it was taken, or before it is given back.
+const char* interrupted = nullptr;
+std::size_t interruptedSize = 0;
+bool interruptsAfterLock = false;
 
 /// Tells without a buffer: the process may die at any time.
 [[gnu::format(printf, 1, 2)]] void tell(const char* format, ...)
@@ -42,6 +48,8 @@ bool raisesTermLast = false;
     va_start(arguments, format);
     const int length = std::vsnprintf(line, sizeof line, format, arguments);
     va_end(arguments);
+    if (outputIsBlocked)
+        return;
     if (write(STDOUT_FILENO, line, static_cast<std::size_t>(length)) != length)
         _exit(99);
 }
@@ -63,10 +71,13 @@ public:
                 throw std::runtime_error("listener");
             if (exitsWhenAborted && newState == ILifecycleManagement::STATE_ABORTED)
                 std::exit(43);
+            if (whenAborted && newState == ILifecycleManagement::STATE_ABORTED)
+                whenAborted();
         }
         const int number;
         bool throwsWhenAborted = false;
         bool exitsWhenAborted = false;
+        void (*whenAborted)() = nullptr;
     } listener;
 };
 
@@ -84,6 +95,59 @@ void faultOnBus()
 {
     const int emptyFile = memfd_create("empty", MFD_CLOEXEC);
     *static_cast<volatile char*>(mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, emptyFile, 0)) = 1;
+}
+
+/// Writes behind a block of the heap, which the C library finds in the next allocation, with the heap's lock held.
+void overrunHeap()
+{
+    // The heap takes its lock where there is a second thread only.
+    std::thread([] { pause(); }).detach();
+    constexpr std::size_t SIZE = 100'000; // more than any block that was freed, so the last one of the heap
+    // Volatile twice: the compiler knows neither the block's size nor that nobody reads it.
+    volatile char* volatile block = static_cast<volatile char*>(std::malloc(SIZE));
+    for (std::size_t i = 0; i < 64; ++i)
+        block[SIZE + i] = '\xff';
+    void* volatile next = std::malloc(SIZE);
+    std::free(next);
+}
+
+/// Makes standard output a pipe that is full, and that nobody reads. The listeners are silent from then on.
+void blockOutput()
+{
+    outputIsBlocked = true;
+    int ends[2];
+    if (pipe2(ends, O_NONBLOCK) != 0)
+        _exit(99);
+    const char filling[4096] = {};
+    while (write(ends[1], filling, sizeof filling) > 0) {
+    }
+    fcntl(ends[1], F_SETFL, 0);
+    dup2(ends[1], STDOUT_FILENO);
+}
+
+template <class Object>
+void interruptHolderOf(const Object& object, bool afterLock)
+{
+    interrupted = reinterpret_cast<const char*>(&object);
+    interruptedSize = sizeof object;
+    interruptsAfterLock = afterLock;
+}
+
+/// Sends this thread SIGTERM, once, while it has the mutex.
+void interrupt(const pthread_mutex_t* mutex, bool afterLock)
+{
+    const char* const place = reinterpret_cast<const char*>(mutex);
+    if (interrupted == nullptr || afterLock != interruptsAfterLock || place < interrupted ||
+        place >= interrupted + interruptedSize)
+        return;
+    interrupted = nullptr;
+    raise(SIGTERM);
+}
+
+template <class Function>
+Function real(const char* name)
+{
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
 const char* nameOf(int signal)
@@ -163,6 +227,7 @@ private:
     const int argc;
     char** const argv;
     int count = 0;
+    Victim::Listener further{99};
     std::deque<std::unique_ptr<Victim>> victims;
     const std::map<std::string, std::function<void()>> commands{
         {"construct", [this] { construct(); }},
@@ -173,6 +238,16 @@ private:
          }},
         {"let-listener-throw", [this] { victims.back()->listener.throwsWhenAborted = true; }},
         {"let-listener-exit", [this] { victims.back()->listener.exitsWhenAborted = true; }},
+        {"let-listener-abort", [this] { victims.back()->listener.whenAborted = std::abort; }},
+        {"let-listener-fault", [this] { victims.back()->listener.whenAborted = [] { faultInMemory(0); }; }},
+        {"let-listener-be-killed", [this] { victims.back()->listener.whenAborted = [] { kill(getpid(), SIGABRT); }; }},
+        {"interrupt-list-after-lock", [this] { interruptHolderOf(*victims.back(), true); }},
+        {"interrupt-list-before-unlock", [this] { interruptHolderOf(*victims.back(), false); }},
+        {"interrupt-applications-after-lock", [] { interruptHolderOf(Corvane::shutdownMutex, true); }},
+        {"interrupt-applications-before-unlock", [] { interruptHolderOf(Corvane::shutdownMutex, false); }},
+        {"change-state", [this] { victims.back()->setState(ILifecycleManagement::STATE_RUNNING); }},
+        {"add-listener", [this] { victims.back()->addListener(&further); }},
+        {"remove-listener", [this] { victims.back()->removeListener(&further); }},
         {"add-stale-listener", [this] { victims.back()->addListener(staleListener()); }},
         {"remove-stale-listener", [this] { victims.back()->removeListener(staleListener()); }},
         {"destroy-first", [this] { victims.pop_front(); }},
@@ -188,6 +263,8 @@ private:
         {"fault-bus", faultOnBus},
         {"fault-ill", [] { __builtin_trap(); }},
         {"abort", [] { std::abort(); }},
+        {"overrun-heap", overrunHeap},
+        {"block-output", blockOutput},
         {"statistics-twice-at-once",
          [this] {
              clockStands = true;
@@ -211,20 +288,19 @@ private:
 
 } // namespace
 
-// Both are the system's own, but for what a test asked for.
+// All are the system's own, but for what a test asked for.
 extern "C" {
 
 CORVANE_EXPORT int sigaction(int signal, const struct sigaction* action, struct sigaction* previous) noexcept
 {
-    using Function = int (*)(int, const struct sigaction*, struct sigaction*);
-    const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "sigaction"));
+    static const auto SYSTEMS = real<int (*)(int, const struct sigaction*, struct sigaction*)>("sigaction");
     if (tracesActions && action == nullptr)
         tell("query %s\n", nameOf(signal));
     const bool isHandler = action != nullptr && action->sa_handler != SIG_DFL && action->sa_handler != SIG_IGN;
     if (tracesActions && action != nullptr)
         tell("%s %s flags %d mask %s\n", isHandler ? "install" : "restore", nameOf(signal), action->sa_flags,
              sigisemptyset(&action->sa_mask) ? "empty" : "not empty");
-    return real(signal, action, previous);
+    return SYSTEMS(signal, action, previous);
 }
 
 CORVANE_EXPORT int gettimeofday(timeval* __restrict time, void* __restrict) noexcept
@@ -235,6 +311,23 @@ CORVANE_EXPORT int gettimeofday(timeval* __restrict time, void* __restrict) noex
     *time = {now.tv_sec + 1, static_cast<suseconds_t>(now.tv_nsec / 1000)};
     return 0;
 }
+
+#ifdef INTERRUPTS_LOCKS
+CORVANE_EXPORT int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
+{
+    static const auto SYSTEMS = real<int (*)(pthread_mutex_t*)>("pthread_mutex_lock");
+    const int result = SYSTEMS(mutex);
+    interrupt(mutex, true);
+    return result;
+}
+
+CORVANE_EXPORT int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept
+{
+    static const auto SYSTEMS = real<int (*)(pthread_mutex_t*)>("pthread_mutex_unlock");
+    interrupt(mutex, false);
+    return SYSTEMS(mutex);
+}
+#endif
 }
 
 int main(int argc, char** argv)
