@@ -14,8 +14,11 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <poll.h>
 #include <string_view>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -165,8 +168,72 @@ void appendHead(Line& line, int level)
                 static_cast<int>(getpid()));
 }
 
+using Clock = std::chrono::steady_clock;
+
+/// How long a line waits for room, in an output whose reader is slow.
+constexpr std::chrono::milliseconds PATIENCE{100};
+
+/// The lines that found no room, and were not yet told of.
+constinit std::atomic<unsigned int> lostLines{0};
+
+/// @return whether the descriptor takes something before `end`
+bool awaitRoom(int descriptor, Clock::time_point end)
+{
+    using namespace std::chrono;
+    pollfd room{.fd = descriptor, .events = POLLOUT, .revents = 0};
+    int ready;
+    do {
+        const auto left = std::max(ceil<milliseconds>(end - Clock::now()), milliseconds::zero());
+        ready = poll(&room, 1, static_cast<int>(left.count()));
+    } while (ready == -1 && errno == EINTR);
+    return ready == 1;
+}
+
+/// Writes to a file, and to a descriptor that has room.
+ssize_t writeNow(int descriptor, std::string_view text)
+{
+    ssize_t written;
+    do
+        written = write(descriptor, text.data(), text.size());
+    while (written == -1 && errno == EINTR);
+    return written;
+}
+
+/// Writes where a reader may keep the writer waiting. The descriptor is shared with other processes, so it is not made
+/// non-blocking.
+/// @return -1 with EAGAIN when there was no room in time
+ssize_t writeToReader(int descriptor, std::string_view text, std::chrono::milliseconds patience)
+{
+    const auto end = Clock::now() + patience;
+    const iovec whole{const_cast<char*>(text.data()), text.size()};
+    ssize_t written = pwritev2(descriptor, &whole, 1, -1, RWF_NOWAIT);
+    while (written == -1 && errno == EAGAIN) {
+        if (!awaitRoom(descriptor, end)) {
+            errno = EAGAIN;
+            return -1;
+        }
+        written = pwritev2(descriptor, &whole, 1, -1, RWF_NOWAIT);
+    }
+    if (written != -1 || errno != EOPNOTSUPP)
+        return written;
+    // The system has no such write for this kind of file. Another writer that takes the room first makes this one wait.
+    if (awaitRoom(descriptor, end))
+        return writeNow(descriptor, text);
+    errno = EAGAIN;
+    return -1;
+}
+
+ssize_t writeInTime(int descriptor, std::string_view text, std::chrono::milliseconds patience)
+{
+    struct stat file = {};
+    if (fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode))
+        return writeNow(descriptor, text);
+    return writeToReader(descriptor, text, patience);
+}
+
 /// Writes, but without the signal of a broken pipe: a reader of the lines that goes away must not end the process.
-void writeWithoutSignal(int descriptor, std::string_view text)
+/// @return false when there was no room in time
+bool writeWithoutSignal(int descriptor, std::string_view text, std::chrono::milliseconds patience)
 {
     sigset_t brokenPipe;
     sigset_t previous;
@@ -176,15 +243,35 @@ void writeWithoutSignal(int descriptor, std::string_view text)
     sigemptyset(&pending);
     sigpending(&pending);
     pthread_sigmask(SIG_BLOCK, &brokenPipe, &previous);
-    ssize_t written;
-    do
-        written = write(descriptor, text.data(), text.size());
-    while (written == -1 && errno == EINTR);
-    if (written == -1 && errno == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
+    const ssize_t written = writeInTime(descriptor, text, patience);
+    const int problem = written == -1 ? errno : 0;
+    if (problem == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
         constexpr timespec AT_ONCE{};
         sigtimedwait(&brokenPipe, nullptr, &AT_ONCE);
     }
     pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    return problem != EAGAIN;
+}
+
+/// @return whether there was room for it
+bool tellOfLostLines(int descriptor, unsigned int lost)
+{
+    Line text;
+    appendHead(text, DEBUG_ERROR);
+    text.append("E %s %s:%d %u debug lines were lost: nobody read them in time", MODULE, COMPONENT, __LINE__, lost);
+    text.finish();
+    return writeWithoutSignal(descriptor, text.get(), std::chrono::milliseconds::zero());
+}
+
+/// Writes a line, or counts it as lost. While nobody reads, only the first one that is lost has waited.
+void writeOrCount(std::string_view line)
+{
+    const int descriptor = output.load(std::memory_order_relaxed);
+    unsigned int lost = lostLines.exchange(0);
+    if (lost > 0 && tellOfLostLines(descriptor, lost))
+        lost = 0;
+    if (lost > 0 || !writeWithoutSignal(descriptor, line, PATIENCE))
+        lostLines += lost + 1;
 }
 
 int openSyslog()
@@ -261,7 +348,7 @@ void corvaneDebugPrint(DebugLevel level, const char* module, const char* compone
     text.appendList(format, arguments);
     va_end(arguments);
     text.finish();
-    writeWithoutSignal(output.load(std::memory_order_relaxed), text.get());
+    writeOrCount(text.get());
     errno = savedErrno;
 }
 
