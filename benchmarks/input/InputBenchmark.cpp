@@ -40,7 +40,7 @@ Usage readUsage()
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
         std::string name;
         std::getline(std::ifstream(task.path() / "comm"), name);
-        if (name != "InputDriver")
+        if (name != "InputDriver" && name != "InputReader")
             continue;
         long nanoseconds = 0;
         std::ifstream(task.path() / "schedstat") >> nanoseconds;

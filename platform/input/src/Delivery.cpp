@@ -1,9 +1,8 @@
 #include "Delivery.h"
 
+#include "WakeUp.h"
 #include <algorithm>
-#include <cerrno>
 #include <corvane/Foundation.h>
-#include <cstring>
 #include <exception>
 #include <sys/eventfd.h>
 #include <utility>
@@ -16,21 +15,13 @@ namespace
 
 constexpr const char* TAG = "MultiInputDriver";
 
-int createEvent()
-{
-    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (descriptor >= 0)
-        return descriptor;
-    corvaneDebugPrint(DEBUG_ERROR, TAG, TAG, __LINE__, "eventfd failed %s", std::strerror(errno));
-    throw Exception(RETURN_REFUSED_BY_SYSTEM);
-}
-
 } // namespace
 
 MultiInputDriver::Delivery::Delivery()
     : ActiveObject("InputDriver"),
-      wakeUp(createEvent()),
-      devices(wakeUp.get(), [this](auto event, unsigned int session) { append(std::move(event), session); })
+      wakeUp(createWakeUp()),
+      devices(wakeUp.get(), [this](EventQueue::Entry entry) { append(std::move(entry)); }),
+      spareReader(devices.getDescriptor(), [this] { return readOn(); })
 {
 }
 
@@ -44,6 +35,7 @@ MultiInputDriver::Delivery::~Delivery()
 void MultiInputDriver::Delivery::start()
 {
     std::lock_guard guard(startMutex);
+    spareReader.start();
     init();
 }
 
@@ -71,14 +63,14 @@ void MultiInputDriver::Delivery::queue(EventPointer event, unsigned int sessionI
 {
     if (event == nullptr)
         return;
-    append(std::move(event), sessionIndex);
+    append({std::move(event), sessionIndex, nullptr});
     wake();
 }
 
-void MultiInputDriver::Delivery::append(EventPointer event, unsigned int sessionIndex)
+void MultiInputDriver::Delivery::append(EventQueue::Entry entry)
 {
     std::lock_guard guard(mutex);
-    events.push_back({std::move(event), sessionIndex});
+    events.push(std::move(entry));
 }
 
 void MultiInputDriver::Delivery::set(bool DeviceTable::Switches::*which, bool on)
@@ -116,23 +108,23 @@ int MultiInputDriver::Delivery::thread()
     }
     while (!stopping) {
         devices.apply(getSwitches());
-        deliverWaiting();
-        devices.wait();
+        // Meanwhile the spare reader may have taken the wake-up that was meant for this thread.
+        if (!deliverWaiting())
+            devices.wait();
     }
     return 0;
 }
 
-void MultiInputDriver::Delivery::deliverWaiting()
+bool MultiInputDriver::Delivery::deliverWaiting()
 {
     std::unique_lock lock(mutex);
-    while (!stopping && !events.empty()) {
-        const QueuedEvent next = std::move(events.front());
-        events.pop_front();
-        deliver(next, lock);
-    }
+    const bool isAnyWaiting = !events.isEmpty();
+    while (!stopping && !events.isEmpty())
+        deliver(events.pop(), lock);
+    return isAnyWaiting;
 }
 
-void MultiInputDriver::Delivery::deliver(const QueuedEvent& queued, std::unique_lock<std::mutex>& lock)
+void MultiInputDriver::Delivery::deliver(const EventQueue::Entry& queued, std::unique_lock<std::mutex>& lock)
 {
     const std::vector<Registration> present = registrations;
     for (const Registration& entry : present) {
@@ -143,11 +135,31 @@ void MultiInputDriver::Delivery::deliver(const QueuedEvent& queued, std::unique_
             continue;
         called = entry.listener;
         lock.unlock();
-        call(*entry.listener, *queued.event);
+        callOut(*entry.listener, *queued.event);
         lock.lock();
         called = nullptr;
         callEnded.notify_all();
     }
+}
+
+void MultiInputDriver::Delivery::callOut(Listener& listener, const IWindowEvent::InputEvent& event)
+{
+    spareReader.lend();
+    call(listener, event);
+    spareReader.takeBack();
+}
+
+bool MultiInputDriver::Delivery::readOn()
+{
+    {
+        std::lock_guard guard(mutex);
+        if (events.isFull())
+            return false;
+    }
+    // In this order: the wake-up of a switch that is turned now comes either before or after both.
+    devices.poll();
+    devices.apply(getSwitches());
+    return true;
 }
 
 void MultiInputDriver::Delivery::call(Listener& listener, const IWindowEvent::InputEvent& event)

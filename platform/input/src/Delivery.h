@@ -1,13 +1,14 @@
 #pragma once
 
 #include "DeviceTable.h"
+#include "EventQueue.h"
+#include "SpareReader.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <corvane/common/ActiveObject.h>
 #include <corvane/common/FileDescriptor.h>
 #include <corvane/input/MultiInputDriver.h>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -44,28 +45,27 @@ private:
         unsigned int sessionIndex;
         bool operator==(const Registration&) const = default;
     };
-    struct QueuedEvent {
-        EventPointer event;
-        unsigned int sessionIndex;
-    };
 
     int thread() override;
-    void append(EventPointer event, unsigned int sessionIndex);
+    void append(EventQueue::Entry entry);
     void wake();
     DeviceTable::Switches getSwitches() const;
-    void deliverWaiting();
-    void deliver(const QueuedEvent& queued, std::unique_lock<std::mutex>& lock);
+    bool deliverWaiting(); ///< @return whether there was something
+    void deliver(const EventQueue::Entry& queued, std::unique_lock<std::mutex>& lock);
+    bool readOn();
+    void callOut(Listener& listener, const IWindowEvent::InputEvent& event);
     static void call(Listener& listener, const IWindowEvent::InputEvent& event);
 
     const FileDescriptor wakeUp; ///< an eventfd: readable when there is something to do
-    DeviceTable devices;         ///< of the thread alone
+    DeviceTable devices;         ///< of the thread, which lends it to the spare reader while a listener runs
+    SpareReader spareReader;
     std::atomic<bool> stopping{false};
     std::mutex startMutex;    ///< ActiveObject leaves the ordering of starts to its owner
     mutable std::mutex mutex; ///< guards everything below; never held while a listener runs
     std::condition_variable callEnded;
     DeviceTable::Switches switches;
     std::vector<Registration> registrations; ///< in the order of registration
-    std::deque<QueuedEvent> events;
+    EventQueue events;
     Listener* called = nullptr; ///< the listener that runs now
     std::thread::id threadId;
 };

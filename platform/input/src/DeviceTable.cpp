@@ -127,7 +127,9 @@ void DeviceTable::open(Entry& entry)
         if (!wanted.isAny())
             return;
         device->start(*entry.report.kind, screen,
-                      [this, session = entry.report.sessionIndex](auto event) { sink(std::move(event), session); });
+                      [this, session = entry.report.sessionIndex, identity = device.get()](auto event) {
+                          sink({std::move(event), session, identity});
+                      });
         device->enable(wanted);
         watch(device->getDescriptor(), &entry);
         entry.device = std::move(device);
@@ -152,8 +154,18 @@ void DeviceTable::close(Entry& entry)
 void DeviceTable::wait()
 {
     const bool isAnyReady = std::ranges::any_of(entries, [](const auto& named) { return named.second.isReady; });
+    read(isAnyReady ? 0 : -1);
+}
+
+void DeviceTable::poll()
+{
+    read(0);
+}
+
+void DeviceTable::read(int timeout)
+{
     std::array<epoll_event, 16> events{};
-    const int count = epoll_wait(epoll.get(), events.data(), events.size(), isAnyReady ? 0 : -1);
+    const int count = epoll_wait(epoll.get(), events.data(), events.size(), timeout);
     bool hasNews = false;
     for (int i = 0; i < count; ++i) {
         const epoll_event& event = events[static_cast<std::size_t>(i)];

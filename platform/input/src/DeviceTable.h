@@ -2,6 +2,7 @@
 
 #include "DeviceMonitor.h"
 #include "EventDevice.h"
+#include "EventQueue.h"
 
 #include <corvane/common/FileDescriptor.h>
 #include <corvane/interfaces/ISurfaceCompositing.h>
@@ -14,7 +15,7 @@
 namespace Corvane
 {
 
-/// The input devices of the machine, those with a part of an enabled class open. Belongs to the driver's thread.
+/// The input devices of the machine, those with a part of an enabled class open. Not synchronised.
 ///
 ///     table.apply({.hotplug = true, .mouse = true});
 ///     table.wait();
@@ -28,8 +29,7 @@ public:
         bool remote = false;
         bool operator==(const Switches&) const = default;
     };
-    /// Takes an event and the session that it belongs to.
-    using Sink = std::function<void(EventTranslator::EventPointer, unsigned int)>;
+    using Sink = std::function<void(EventQueue::Entry)>;
 
     /// @param wakeUp  an eventfd that ends wait(); taken back to 0 then
     /// @throws Exception  code 7 when the system refuses a descriptor
@@ -40,6 +40,10 @@ public:
     /// Sleeps until a device or the eventfd has something, and passes on at most one event of each device: their turns
     /// keep one that floods from delaying the others.
     void wait();
+    /// The same without the sleep.
+    void poll();
+    /// @return a descriptor that is readable when a device or the eventfd has something
+    int getDescriptor() const { return epoll.get(); }
 
 private:
     struct Entry {
@@ -60,6 +64,7 @@ private:
     void update(Entry& entry);
     void open(Entry& entry);
     void close(Entry& entry);
+    void read(int timeout);
     void takeWakeUp() const;
     static void markReady(Entry& entry, unsigned int events);
     void readDevices();

@@ -3,6 +3,7 @@
 #include "ButtonCodes.h"
 #include <bit>
 #include <cerrno>
+#include <corvane/foundation/DebugPrint.h>
 #include <fcntl.h>
 #include <libevdev/libevdev.h>
 #include <system_error>
@@ -37,7 +38,7 @@ void EventDevice::Deleter::operator()(libevdev* device) const
     libevdev_free(device);
 }
 
-EventDevice::EventDevice(const std::string& path) : descriptor(openNode(path))
+EventDevice::EventDevice(const std::string& path) : path(path), descriptor(openNode(path))
 {
     libevdev* opened = nullptr;
     const int result = libevdev_new_from_fd(descriptor.get(), &opened);
@@ -92,6 +93,8 @@ EventDevice::Reading EventDevice::read()
         const unsigned int mode = isSynchronising ? LIBEVDEV_READ_FLAG_SYNC : LIBEVDEV_READ_FLAG_NORMAL;
         const int result = libevdev_next_event(device.get(), mode, &event);
         if (result == LIBEVDEV_READ_STATUS_SUCCESS || result == LIBEVDEV_READ_STATUS_SYNC) {
+            if (result == LIBEVDEV_READ_STATUS_SYNC && !isSynchronising)
+                tellOfLoss();
             isSynchronising = result == LIBEVDEV_READ_STATUS_SYNC;
             translator->handle(event.type, event.code, event.value);
             // These two are what gives an event. It is delivered before more is read, so that it waits for nothing.
@@ -106,6 +109,14 @@ EventDevice::Reading EventDevice::read()
         }
     }
     return Reading::MORE;
+}
+
+void EventDevice::tellOfLoss()
+{
+    // A flood that nobody can follow must not fill the log as well.
+    if (std::has_single_bit(++losses))
+        corvaneDebugPrint(DEBUG_WARNING, "MultiInputDriver", "EventDevice", __LINE__,
+                          "%s lost events, %u times so far: they were not read in time\n", path.c_str(), losses);
 }
 
 } // namespace Corvane

@@ -47,13 +47,16 @@ private:
         void operator()(libevdev* device) const;
     };
 
+    void tellOfLoss();
     void findKeys();
     void findAxes(const ISurfaceCompositing::Dimensions& screen);
 
+    const std::string path;
     const FileDescriptor descriptor;
     std::unique_ptr<libevdev, Deleter> device;
     std::optional<EventTranslator> translator;
     bool isSynchronising = false; ///< events were lost; what comes next is how the device's state changed meanwhile
+    unsigned int losses = 0;      ///< how often events were lost
 };
 
 } // namespace Corvane

@@ -2,9 +2,9 @@
 
 #include "ButtonCodes.h"
 #include "Characters.h"
+#include "Clamp.h"
 
 #include <algorithm>
-#include <limits>
 #include <linux/input-event-codes.h>
 #include <utility>
 
@@ -20,12 +20,6 @@ namespace
 
 /// The values of a key.
 enum KeyValue { RELEASED = 0, PRESSED = 1, REPEATED = 2 };
-
-int clampToInt(std::int64_t value)
-{
-    return static_cast<int>(
-        std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-}
 
 } // namespace
 

@@ -9,7 +9,8 @@ namespace Corvane
 /// The input driver of a process: mice, keyboards and remote controls, by display session.
 ///
 /// Listeners are called on the driver's own thread, in the order of the events; no lock is held while one runs, so it
-/// may add and remove listeners. The thread sleeps until there is something to deliver.
+/// may add and remove listeners. While one takes long the devices are read on, by a second thread that calls nobody:
+/// keys wait, and movement is merged when much of it waits. Both threads sleep until there is something to do.
 ///
 /// Devices are looked for when the driver starts and, with hotplug enabled, as they come and go. A device may be of two
 /// classes, as a keyboard with a track ball is; it is closed while neither is enabled. What is held when its class is
