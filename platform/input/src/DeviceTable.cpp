@@ -134,10 +134,38 @@ void DeviceTable::open(Entry& entry)
         watch(device->getDescriptor(), &entry);
         entry.device = std::move(device);
     } catch (const std::system_error& failure) {
-        if (!std::exchange(entry.hasFailed, true))
-            corvaneDebugPrint(DEBUG_WARNING, TAG, COMPONENT, __LINE__, "cannot open %s: %s\n",
-                              entry.report.path.c_str(), failure.code().message().c_str());
+        complain(entry, failure.code().message());
+        // What changed before the watch began was not heard: this is asked once more.
+        if (watchNodes(entry.report.path))
+            open(entry);
     }
+}
+
+void DeviceTable::complain(Entry& entry, const std::string& reason) const
+{
+    if (!std::exchange(entry.hasFailed, true))
+        corvaneDebugPrint(DEBUG_WARNING, TAG, COMPONENT, __LINE__, "cannot open %s: %s\n", entry.report.path.c_str(),
+                          reason.c_str());
+}
+
+bool DeviceTable::watchNodes(const std::string& path)
+{
+    const bool isNew = nodes.start(path.substr(0, path.rfind('/')));
+    if (isNew)
+        watch(nodes.getDescriptor(), &nodes);
+    return isNew;
+}
+
+void DeviceTable::openFailed()
+{
+    nodes.take();
+    for (auto& [name, entry] : entries)
+        if (entry.hasFailed)
+            update(entry);
+    if (std::ranges::any_of(entries, [](const auto& named) { return named.second.hasFailed; }))
+        return;
+    ignore(nodes.getDescriptor());
+    nodes.stop();
 }
 
 void DeviceTable::close(Entry& entry)
@@ -167,16 +195,21 @@ void DeviceTable::read(int timeout)
     std::array<epoll_event, 16> events{};
     const int count = epoll_wait(epoll.get(), events.data(), events.size(), timeout);
     bool hasNews = false;
+    bool haveNodesChanged = false;
     for (int i = 0; i < count; ++i) {
         const epoll_event& event = events[static_cast<std::size_t>(i)];
         if (event.data.ptr == nullptr)
             takeWakeUp();
         else if (event.data.ptr == &monitor)
             hasNews = true;
+        else if (event.data.ptr == &nodes)
+            haveNodesChanged = true;
         else
             markReady(*static_cast<Entry*>(event.data.ptr), event.events);
     }
     readDevices();
+    if (haveNodesChanged)
+        openFailed();
     // Last: it may take entries away.
     if (hasNews)
         monitor.reportNews([this](const DeviceReport& report) { hear(report); });

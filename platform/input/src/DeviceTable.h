@@ -3,6 +3,7 @@
 #include "DeviceMonitor.h"
 #include "EventDevice.h"
 #include "EventQueue.h"
+#include "NodeWatch.h"
 
 #include <corvane/common/FileDescriptor.h>
 #include <corvane/interfaces/ISurfaceCompositing.h>
@@ -63,6 +64,9 @@ private:
     EventTranslator::Parts findWanted(const DeviceKind& kind) const;
     void update(Entry& entry);
     void open(Entry& entry);
+    void complain(Entry& entry, const std::string& reason) const;
+    bool watchNodes(const std::string& path);
+    void openFailed();
     void close(Entry& entry);
     void read(int timeout);
     void takeWakeUp() const;
@@ -74,6 +78,7 @@ private:
     const Sink sink;
     const ISurfaceCompositing::Dimensions screen;
     DeviceMonitor monitor;
+    NodeWatch nodes;                      ///< hears while there is a device that could not be opened
     std::optional<Switches> switches;     ///< as they were applied last
     std::map<std::string, Entry> entries; ///< by name
 };

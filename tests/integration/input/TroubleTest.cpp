@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <linux/capability.h>
 #include <semaphore>
 #include <sys/stat.h>
@@ -26,6 +27,16 @@ void giveUpRootsWayIntoFiles()
     ASSERT_EQ(syscall(SYS_capget, &header, sets), 0);
     sets[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
     ASSERT_EQ(syscall(SYS_capset, &header, sets), 0);
+}
+
+/// How many folders or files this process watches.
+int countWatches()
+{
+    int count = 0;
+    std::error_code gone;
+    for (const auto& file : std::filesystem::directory_iterator("/proc/self/fd"))
+        count += std::filesystem::read_symlink(file.path(), gone) == "anon_inode:inotify";
+    return count;
 }
 
 } // namespace
@@ -119,6 +130,45 @@ TEST_F(InputTrouble, DeviceThatMayNotBeOpenedIsOneLineAndTheOthersWork)
     ASSERT_EQ(chmod(file.c_str(), S_IRUSR), 0);
     driver.disableMouse();
     EXPECT_TRUE(awaitOpen(forbidden));
+}
+
+TEST_F(InputTrouble, DeviceThatMayBeOpenedLaterIsOpenedThenAndNothingIsWatchedAnyMore)
+{
+    MockDevice first(machine, infrared());
+    MockDevice second(machine, infrared());
+    for (const MockDevice* device : {&first, &second})
+        ASSERT_EQ(chmod(machine.locate(device->getNode()).c_str(), 0), 0);
+    giveUpRootsWayIntoFiles();
+    CapturedOutput error;
+    driver.enableIr();
+    driver.start();
+    ASSERT_TRUE(await([&] { return error.getMessages().size() == 2; }));
+
+    ASSERT_EQ(chmod(machine.locate(second.getNode()).c_str(), S_IRUSR), 0);
+    EXPECT_TRUE(awaitOpen(second));
+    EXPECT_FALSE(first.isOpen());
+    EXPECT_EQ(countWatches(), 1);
+    ASSERT_EQ(chmod(machine.locate(first.getNode()).c_str(), S_IRUSR), 0);
+    EXPECT_TRUE(awaitOpen(first));
+
+    EXPECT_TRUE(await([] { return countWatches() == 0; }));
+    EXPECT_EQ(error.getMessages().size(), 2U);
+}
+
+TEST_F(InputTrouble, DeviceWhoseNodeComesLaterIsOpenedThen)
+{
+    MockDevice remote(machine, infrared());
+    const std::string file = machine.locate(remote.getNode());
+    ASSERT_EQ(rename(file.c_str(), (file + ".new").c_str()), 0);
+    CapturedOutput error;
+    driver.enableIr();
+    driver.start();
+    ASSERT_TRUE(await([&] { return error.getMessages().size() == 1; }));
+
+    ASSERT_EQ(rename((file + ".new").c_str(), file.c_str()), 0);
+
+    remote.press(KEY_OK);
+    EXPECT_EQ(listener.take(), "KEY_OK pressed");
 }
 
 TEST_F(InputTrouble, DeviceWhoseNodeIsMissingIsOneLine)
