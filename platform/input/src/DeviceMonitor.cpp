@@ -32,11 +32,9 @@ std::optional<unsigned int> findSession(const char* seat)
     return session;
 }
 
-/// The daemon tells of a device when its rules have run: it has a seat and a permission then. Where no daemon runs, the
-/// kernel is heard itself.
-const char* chooseSource()
+bool isDaemonThere()
 {
-    return access("/run/udev/control", F_OK) == 0 ? "udev" : "kernel";
+    return access("/run/udev/control", F_OK) == 0;
 }
 
 } // namespace
@@ -77,7 +75,10 @@ void DeviceMonitor::reportAll(const Sink& sink) const
 
 bool DeviceMonitor::listen()
 {
-    monitor.reset(udev_monitor_new_from_netlink(library.get(), chooseSource()));
+    // The daemon tells of a device when its rules have run: it has a seat and a permission then. Where no daemon runs,
+    // the kernel is heard itself.
+    hearsKernel = !isDaemonThere();
+    monitor.reset(udev_monitor_new_from_netlink(library.get(), hearsKernel ? "kernel" : "udev"));
     if (monitor == nullptr || udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), SUBSYSTEM, nullptr) < 0 ||
         udev_monitor_enable_receiving(monitor.get()) < 0) {
         corvaneDebugPrint(DEBUG_WARNING, TAG, "DeviceMonitor", __LINE__,
@@ -90,6 +91,11 @@ bool DeviceMonitor::listen()
 void DeviceMonitor::stopListening()
 {
     monitor.reset();
+}
+
+bool DeviceMonitor::isOutdated() const
+{
+    return hearsKernel && isDaemonThere();
 }
 
 int DeviceMonitor::getDescriptor() const
@@ -117,7 +123,11 @@ void DeviceMonitor::report(udev_device& device, const Sink& sink)
                           node, seat);
     if (!session || isRemoved)
         return sink({.name = udev_device_get_syspath(&device), .path = node, .isGone = true});
-    sink({.name = udev_device_get_syspath(&device), .path = node, .kind = classify(device), .sessionIndex = *session});
+    sink({.name = udev_device_get_syspath(&device),
+          .path = node,
+          .kind = classify(device),
+          .sessionIndex = *session,
+          .isTagged = udev_device_get_property_value(&device, "ID_INPUT") != nullptr});
 }
 
 } // namespace Corvane

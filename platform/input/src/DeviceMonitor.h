@@ -20,7 +20,8 @@ struct DeviceReport {
     std::string path;                 ///< of its node
     std::optional<DeviceKind> kind{}; ///< nothing when it has to be opened to tell
     unsigned int sessionIndex = 0;
-    bool isGone = false; ///< the rest is then without meaning
+    bool isTagged = false; ///< udev's rules have run for it
+    bool isGone = false;   ///< the rest is then without meaning
 };
 
 /// Finds the input devices, and hears of those that come and go. Not synchronised.
@@ -41,6 +42,8 @@ public:
     /// Starts to listen. @return false when the system offers no news, which is one debug line
     bool listen();
     void stopListening();
+    /// @return whether a daemon has been started since listen() found none: it knows more than what is heard now
+    bool isOutdated() const;
     /// @return a descriptor that is readable when there is news; -1 while this does not listen
     int getDescriptor() const;
     /// Reports the news that wait; does not block.
@@ -57,6 +60,7 @@ private:
 
     const std::unique_ptr<udev, Deleter> library;
     std::unique_ptr<udev_monitor, Deleter> monitor;
+    bool hearsKernel = false; ///< for want of a daemon
 };
 
 } // namespace Corvane

@@ -69,6 +69,29 @@ void DeviceTable::switchHotplug()
     }
 }
 
+void DeviceTable::hearNews()
+{
+    if (monitor.isOutdated())
+        changeSource();
+    else
+        monitor.reportNews([this](const DeviceReport& report) { hear(report); });
+}
+
+void DeviceTable::changeSource()
+{
+    // What the kernel says of a device that is gone holds. What is new is the daemon's to tell, above all its seat.
+    monitor.reportNews([this](const DeviceReport& report) {
+        if (report.isGone)
+            forget(report);
+    });
+    ignore(monitor.getDescriptor());
+    switchHotplug();
+    monitor.reportAll([this](const DeviceReport& report) {
+        if (report.isTagged)
+            hear(report);
+    });
+}
+
 void DeviceTable::hear(const DeviceReport& report)
 {
     if (report.isGone)
@@ -212,7 +235,7 @@ void DeviceTable::read(int timeout)
         openFailed();
     // Last: it may take entries away.
     if (hasNews)
-        monitor.reportNews([this](const DeviceReport& report) { hear(report); });
+        hearNews();
 }
 
 void DeviceTable::takeWakeUp() const

@@ -58,6 +58,8 @@ private:
     void watch(int descriptor, void* meaning);
     void ignore(int descriptor) const;
     void switchHotplug();
+    void hearNews();
+    void changeSource();
     void hear(const DeviceReport& report);
     void forget(const DeviceReport& report);
     bool isWanted(InputClass which) const;

@@ -5,7 +5,6 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <libudev.h>
-#include <optional>
 #include <unistd.h>
 
 /// Machines that tell of their devices in different ways, or not at all.
@@ -17,9 +16,9 @@ namespace
 
 /// What the system is to say in the place of this machine. The driver asks on its own thread, after start().
 struct System {
-    bool hasDaemon = false;
+    std::atomic<bool> hasDaemon = false;
     bool hasMessages = true;
-    std::optional<std::string> source; ///< the one that was asked for
+    Mailbox<std::string> sources; ///< those that were asked for
 };
 
 std::atomic<System*> mocked = nullptr;
@@ -36,6 +35,14 @@ protected:
     InputMonitor() { mocked = &system; }
     ~InputMonitor() override { mocked = nullptr; }
 
+    /// @return the source that the driver asks for next
+    std::string takeSource()
+    {
+        std::string source = "none";
+        system.sources.take(source);
+        return source;
+    }
+
     System system;
 };
 
@@ -51,7 +58,7 @@ TEST_F(InputMonitor, HearsTheDaemonWhereOneRuns)
     remote.press(KEY_OK);
 
     EXPECT_EQ(listener.take(), "KEY_OK pressed");
-    EXPECT_EQ(system.source, "udev");
+    EXPECT_EQ(takeSource(), "udev");
 }
 
 TEST_F(InputMonitor, HearsTheKernelWhereNoDaemonRuns)
@@ -63,7 +70,51 @@ TEST_F(InputMonitor, HearsTheKernelWhereNoDaemonRuns)
     remote.press(KEY_OK);
 
     EXPECT_EQ(listener.take(), "KEY_OK pressed");
-    EXPECT_EQ(system.source, "kernel");
+    EXPECT_EQ(takeSource(), "kernel");
+}
+
+TEST_F(InputMonitor, HearsADaemonThatIsStartedLaterAndWaitsForTheSeatThatItGives)
+{
+    InputRecorder second;
+    driver.addInputEventListener(&second, 2);
+    MockDevice early(machine, infrared());
+    enableAll();
+    driver.enableHotplug();
+    driver.start();
+    early.press(KEY_UP);
+    ASSERT_EQ(listener.take(), "KEY_UP pressed");
+    ASSERT_EQ(takeSource(), "kernel");
+
+    system.hasDaemon = true;
+    DeviceSpecification raw = keyboard();
+    raw.properties.clear();
+    MockDevice late(machine, raw);
+    late.press(KEY_A);
+    EXPECT_EQ(takeSource(), "udev");
+    // Read when it has looked for all devices once more.
+    early.release(KEY_UP);
+    EXPECT_EQ(listener.take(), "KEY_UP released");
+    EXPECT_FALSE(late.isOpen());
+
+    late.announce("add", onSeat(keyboard(), "seat2").properties);
+    EXPECT_EQ(second.take(), "'a' pressed");
+    EXPECT_TRUE(listener.events.isEmpty());
+    driver.removeInputEventListener(&second);
+}
+
+TEST_F(InputMonitor, ForgetsWhatIsPulledOutWhileADaemonIsStarted)
+{
+    MockDevice remote(machine, infrared());
+    enableAll();
+    driver.enableHotplug();
+    driver.start();
+    remote.press(KEY_OK);
+    ASSERT_EQ(listener.take(), "KEY_OK pressed");
+
+    system.hasDaemon = true;
+    remote.announce("remove", {});
+
+    EXPECT_EQ(listener.take(), "KEY_OK released");
 }
 
 TEST_F(InputMonitor, MayBeDeniedWhichIsOneLineAndTheDevicesThatAreThereWork)
@@ -116,7 +167,7 @@ extern "C" CORVANE_EXPORT int access(const char* path, int mode) noexcept
 extern "C" CORVANE_EXPORT udev_monitor* udev_monitor_new_from_netlink(udev* library, const char* source)
 {
     if (Corvane::Test::System* const system = Corvane::Test::mocked) {
-        system->source = source;
+        system->sources.put(source);
         if (!system->hasMessages)
             return nullptr;
     }
