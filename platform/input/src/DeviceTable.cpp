@@ -71,21 +71,23 @@ void DeviceTable::switchHotplug()
 
 void DeviceTable::hearNews()
 {
-    if (monitor.isOutdated())
+    bool isOutdated = false;
+    monitor.reportNews([&](const DeviceReport& report) {
+        // Where there is a daemon by now, a new device is its to tell of, above all the seat.
+        if (!report.isGone && monitor.isOutdated())
+            isOutdated = true;
+        else
+            hear(report);
+    });
+    if (isOutdated)
         changeSource();
-    else
-        monitor.reportNews([this](const DeviceReport& report) { hear(report); });
 }
 
 void DeviceTable::changeSource()
 {
-    // What the kernel says of a device that is gone holds. What is new is the daemon's to tell, above all its seat.
-    monitor.reportNews([this](const DeviceReport& report) {
-        if (report.isGone)
-            forget(report);
-    });
     ignore(monitor.getDescriptor());
     switchHotplug();
+    // What the daemon has looked at already it does not tell again.
     monitor.reportAll([this](const DeviceReport& report) {
         if (report.isTagged)
             hear(report);
