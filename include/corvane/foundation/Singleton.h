@@ -22,6 +22,9 @@ CORVANE_EXPORT inline Mutex singletonMutex("Singleton", 0);
 /// file, so that all libraries of a process share one instance. Taking a reference is thread-safe. Giving one back is
 /// thread-safe towards creation; two threads that give back at once must be ordered by their callers.
 ///
+/// Constructor and destructor run with singletonMutex held. A thread that one of them waits for must not take a
+/// reference on any Singleton, nor give a last one back: the two would wait for each other for ever.
+///
 ///     auto* driver = Singleton<InputDriver>::getInstance<MultiInputDriver>();
 ///     delete driver;
 template <class T>

@@ -27,9 +27,20 @@ MultiInputDriver::Delivery::Delivery()
 
 MultiInputDriver::Delivery::~Delivery()
 {
+    stop();
+    exit();
+}
+
+void MultiInputDriver::Delivery::stop()
+{
     stopping = true;
     wake();
-    exit();
+}
+
+bool MultiInputDriver::Delivery::isInCall() const
+{
+    std::lock_guard guard(mutex);
+    return threadId == std::this_thread::get_id();
 }
 
 void MultiInputDriver::Delivery::start()

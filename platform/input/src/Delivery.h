@@ -34,6 +34,10 @@ public:
     /// Waits for a call of this listener that runs, but not on the driver's own thread, where it would wait for itself.
     void removeListener(Listener* listener);
     void queue(EventPointer event, unsigned int sessionIndex);
+    /// Lets no further call begin.
+    void stop();
+    /// Whether it is a listener who asks.
+    bool isInCall() const;
 
     /// Turns a class of devices, or the hearing of new ones, on or off.
     void set(bool DeviceTable::Switches::*which, bool on);

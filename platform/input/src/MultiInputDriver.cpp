@@ -2,6 +2,10 @@
 
 #include "Delivery.h"
 
+#include <corvane/foundation/DebugPrint.h>
+#include <system_error>
+#include <thread>
+
 namespace Corvane
 {
 
@@ -9,7 +13,20 @@ using Switches = DeviceTable::Switches;
 
 MultiInputDriver::MultiInputDriver() : delivery(std::make_unique<Delivery>()) {}
 
-MultiInputDriver::~MultiInputDriver() = default;
+MultiInputDriver::~MultiInputDriver()
+{
+    if (!delivery->isInCall())
+        return;
+    delivery->stop();
+    // The thread that runs here cannot wait for its own end: another one does.
+    Delivery* const ending = delivery.release();
+    try {
+        std::thread([ending] { delete ending; }).detach();
+    } catch (const std::system_error& failure) {
+        corvaneDebugPrint(DEBUG_ERROR, "MultiInputDriver", "MultiInputDriver", __LINE__,
+                          "the threads of the driver cannot be ended: %s\n", failure.what());
+    }
+}
 
 void MultiInputDriver::addInputEventListener(IWindowEvent::IInputEventListener* listener, unsigned int sessionIndex)
 {

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <support/DriverThread.h>
 
 /// Windows never give their reference on the driver back, so its thread runs when the process ends. These children end
 /// through exit(), with all that the process does there; a sanitizer's report makes the exit code another one.
@@ -72,6 +73,27 @@ TEST(SharedDriver, IsOneUntilItsLastReferenceIsGivenBack)
     auto* const next = Singleton<InputDriver>::getInstance<MultiInputDriver>();
     EXPECT_FALSE(next->isHotplugEnabled());
     delete next;
+}
+
+TEST(SharedDriver, MayBeGivenBackForGoodInsideAListenerWhoseCallIsThenTheLast)
+{
+    MultiInputDriver* const driver = startDriver();
+    RecordingInputListener listener;
+    Mailbox<bool> mayDelete;
+    listener.action = [&](KeyEvent::Code) {
+        bool ignored = false;
+        mayDelete.take(ignored);
+        delete driver;
+    };
+    driver->addInputEventListener(&listener, 0);
+    driver->injectInputEvent(key(1), 0);
+    driver->injectInputEvent(key(2), 0);
+    mayDelete.put(true);
+
+    EXPECT_EQ(listener.takeCode(), 1U);
+    for (const char* thread : {"InputDriver", "InputReader"})
+        EXPECT_TRUE(await([thread] { return readThreadFile(thread, "comm").empty(); })) << thread;
+    EXPECT_TRUE(listener.heard.isEmpty());
 }
 
 } // namespace Corvane::Test

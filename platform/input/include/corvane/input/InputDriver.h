@@ -9,7 +9,10 @@ namespace Corvane
 
 /// The process-wide source of input events, shared by all its users: a Singleton.
 ///
-/// Every operation is thread-safe. `delete` gives a reference back; see Singleton.
+/// Every operation is thread-safe. `delete` gives a reference back; see Singleton. The last one destroys the driver: it
+/// waits for a listener that runs, and holds the lock of all singletons meanwhile. So a listener takes no reference on
+/// a Singleton while that may happen, or the two wait for each other for ever. Given back inside a listener, the last
+/// reference waits for nobody; the running call is then the last one.
 class CORVANE_EXPORT InputDriver : public Singleton<InputDriver>
 {
 public:

@@ -24,7 +24,8 @@ class CORVANE_EXPORT MultiInputDriver : public InputDriver
 {
 public:
     MultiInputDriver();
-    /// Stops delivery; events that were not delivered are dropped.
+    /// Stops delivery; events that were not delivered are dropped. Waits for a listener that runs, unless it is that
+    /// listener who calls: what the running call still needs is then freed behind it.
     ~MultiInputDriver() override;
 
     void addInputEventListener(IWindowEvent::IInputEventListener* listener, unsigned int sessionIndex) override;
@@ -49,7 +50,7 @@ public:
 
 private:
     class Delivery;
-    const std::unique_ptr<Delivery> delivery;
+    std::unique_ptr<Delivery> delivery;
 };
 
 } // namespace Corvane
