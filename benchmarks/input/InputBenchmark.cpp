@@ -1,6 +1,7 @@
 #include "Readers.h"
 
 #include <Process.h>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 
@@ -16,6 +17,8 @@ constexpr std::chrono::seconds IDLE_TIME{10};
 constexpr std::chrono::seconds QUICK_IDLE_TIME{1};
 /// Microseconds that the driver may take more than a bare reader.
 constexpr double GOAL = 3;
+/// Microseconds that two readers which do the same may seem to differ by.
+constexpr double RESOLUTION = 1;
 
 /// What the threads of the driver have used so far.
 struct Usage {
@@ -64,8 +67,10 @@ std::vector<Figure> measureLatency(const Options& options)
     Test::DeviceSpecification likeAMouse = Test::mouse();
     likeAMouse.properties = {{"ID_INPUT", "1"}};
     Test::MockDevice bareDevice(machine, likeAMouse);
+    Test::MockDevice twinDevice(machine, likeAMouse);
     Test::MockDevice mouse(machine, Test::mouse());
     BareReader bare(bareDevice.getNode());
+    BareReader twin(twinDevice.getNode());
     DriverReader driver;
     awaitOpen(mouse);
     const auto move = [](Test::MockDevice& device) { return [&device] { device.report({{EV_REL, REL_X, 1}}); }; };
@@ -75,15 +80,23 @@ std::vector<Figure> measureLatency(const Options& options)
     const std::vector<Series> series =
         takeTurns(options.rounds(ROUNDS), {[&] { return bare.measureRound(move(bareDevice), EVENTS); },
                                            [&] { return driver.measureRound(move(mouse), EVENTS); },
-                                           [&] { return driver.measureRound(inject, EVENTS); }});
+                                           [&] { return driver.measureRound(inject, EVENTS); },
+                                           [&] { return twin.measureRound(move(twinDevice), EVENTS); }});
     Series differences;
-    for (std::size_t i = 0; i < series[0].size(); ++i)
+    Series errors;
+    for (std::size_t i = 0; i < series[0].size(); ++i) {
         differences.push_back(series[1][i] - series[0][i]);
+        errors.push_back(std::abs(series[3][i] - series[0][i]));
+    }
     return {compare("mouse moved to handleEvent", "us", series[1], series[0]),
             {.name = "of it more than a bare reader",
              .value = median(differences),
              .unit = "us",
              .goal = Goal::valueAtMost(GOAL)},
+            {.name = "resolution: two bare readers, in nine of ten rounds",
+             .value = quantile(errors, 0.9),
+             .unit = "us",
+             .goal = Goal::valueAtMost(RESOLUTION)},
             {.name = "event injected to handleEvent", .value = median(series[2]), .unit = "us"}};
 }
 
