@@ -20,6 +20,16 @@ bool hasProperty(udev_device& device, const char* name)
     return value != nullptr && std::strcmp(value, "1") == 0;
 }
 
+/// Whether it has a knob that turns without end. Of such a device udev's rules say no more than that it is one for
+/// input.
+bool hasKnob(udev_device& device)
+{
+    constexpr int HEXADECIMAL = 16;
+    udev_device* const input = udev_device_get_parent_with_subsystem_devtype(&device, "input", nullptr);
+    const char* const axes = input != nullptr ? udev_device_get_sysattr_value(input, "capabilities/rel") : nullptr;
+    return axes != nullptr && (std::strtoul(axes, nullptr, HEXADECIMAL) & 1UL << REL_DIAL) != 0;
+}
+
 /// Whether the device is fed by the television: over the cable, by its remote control.
 bool isOnCecBus(udev_device& device)
 {
@@ -105,7 +115,7 @@ bool isKeyboard(const libevdev& device)
 struct Traits {
     bool isMouse;
     bool isKeyboard;
-    bool hasKeys;
+    bool hasKeys; ///< or a knob, which stands for two
     bool isOther; ///< a joystick, a touch screen, a touch pad, a tablet or a sensor
 };
 
@@ -136,9 +146,10 @@ std::optional<DeviceKind> classify(udev_device& device)
         return DeviceKind{InputClass::REMOTE, InputClass::REMOTE};
     if (!hasProperty(device, "ID_INPUT"))
         return {};
-    return makeKind({.isMouse = hasProperty(device, "ID_INPUT_MOUSE"),
+    const bool isMouse = hasProperty(device, "ID_INPUT_MOUSE");
+    return makeKind({.isMouse = isMouse,
                      .isKeyboard = hasProperty(device, "ID_INPUT_KEYBOARD"),
-                     .hasKeys = hasProperty(device, "ID_INPUT_KEY"),
+                     .hasKeys = hasProperty(device, "ID_INPUT_KEY") || (!isMouse && hasKnob(device)),
                      .isOther = isOther(device)});
 }
 
@@ -148,11 +159,12 @@ DeviceKind classify(const libevdev& device)
     // Some keyboards announce every button that there is, a joystick's too.
     const bool isOther = isTouched(device) || isSensor(device) || (!isWholeKeyboard && isJoystick(device));
     const bool isMouse = !isOther && isPointer(device);
-    return makeKind({.isMouse = isMouse,
-                     .isKeyboard = isWholeKeyboard,
-                     // The front panel of a box may have nothing but keys without a name: BTN_0, BTN_1.
-                     .hasKeys = isMouse || isOther ? hasKeyCode(device) : has(device, EV_KEY),
-                     .isOther = isOther});
+    return makeKind(
+        {.isMouse = isMouse,
+         .isKeyboard = isWholeKeyboard,
+         // The front panel of a box may have nothing but keys without a name: BTN_0, BTN_1.
+         .hasKeys = isMouse || isOther ? hasKeyCode(device) : has(device, EV_KEY) || has(device, EV_REL, REL_DIAL),
+         .isOther = isOther});
 }
 
 } // namespace Corvane

@@ -5,6 +5,7 @@
 #include "Clamp.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <linux/input-event-codes.h>
 #include <utility>
 
@@ -20,6 +21,10 @@ namespace
 
 /// The values of a key.
 enum KeyValue { RELEASED = 0, PRESSED = 1, REPEATED = 2 };
+
+/// How many keys one report of a wheel or a knob gives: no hand turns further between two, and what is broken may say
+/// any number.
+constexpr int MOST_STEPS = 16;
 
 } // namespace
 
@@ -112,6 +117,19 @@ void EventTranslator::handleRelative(unsigned int code, int value)
         movement[code - REL_X] += value;
     else if (code == REL_WHEEL) // and not REL_WHEEL_HI_RES, which tells of the same step once more
         movement[2] -= value;
+    else if (code == REL_HWHEEL) // a MouseEvent has no place for it
+        turn(KEY_LEFT, KEY_RIGHT, value);
+    else if (code == REL_DIAL)
+        turn(KEY_VOLUMEDOWN, KEY_VOLUMEUP, value);
+}
+
+void EventTranslator::turn(unsigned int less, unsigned int more, int steps)
+{
+    const unsigned int code = steps < 0 ? less : more;
+    for (int left = std::abs(std::clamp(steps, -MOST_STEPS, MOST_STEPS)); left > 0; --left) {
+        handleKey(code, PRESSED);
+        handleKey(code, RELEASED);
+    }
 }
 
 void EventTranslator::handleAbsolute(unsigned int code, int value)

@@ -81,6 +81,7 @@ private:
     void releaseKeys(bool areButtons);
     void releaseButtons();
     void handleRelative(unsigned int code, int value);
+    void turn(unsigned int less, unsigned int more, int steps);
     void handleAbsolute(unsigned int code, int value);
     unsigned char characterOf(unsigned int code) const;
     bool isAnyHeld(std::initializer_list<unsigned int> codes) const;

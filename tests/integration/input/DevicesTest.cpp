@@ -158,6 +158,19 @@ TEST_F(Devices, ShiftAndCapsLockThatAreHeldWhenTheirDeviceIsOpenedCountAsHeld)
     EXPECT_EQ(listener.take(), "'B' pressed");
 }
 
+TEST_F(Devices, KnobOfTheFrontPanelChangesTheVolume)
+{
+    MockDevice device(machine, knob());
+    driver.enableIr();
+    driver.start();
+
+    device.report({{EV_REL, REL_DIAL, 1}});
+    device.report({{EV_REL, REL_DIAL, -1}});
+
+    EXPECT_EQ(listener.take(4), (Texts{"KEY_VOLUMEUP pressed", "KEY_VOLUMEUP released", "KEY_VOLUMEDOWN pressed",
+                                       "KEY_VOLUMEDOWN released"}));
+}
+
 /// A device that udev's rules call a few keys and something else.
 struct OtherDevice {
     const char* property;
@@ -300,6 +313,9 @@ const Classification CLASSIFICATIONS[] = {
               device.codes[EV_KEY].merge(std::set<unsigned int>{BTN_TRIGGER, BTN_SOUTH});
           }),
      {MOUSE, KEYBOARD}},
+    {"Knob", knob(), {REMOTE}},
+    {"KnobWithoutUdev", withoutProperties(knob()), {REMOTE}},
+    {"MouseWithAKnob", with(mouse(), [](auto& device) { device.codes[EV_REL].insert(REL_DIAL); }), {MOUSE}},
     {"FrontPanelWithoutNamesWithoutUdev", unnamed({BTN_0, BTN_1}, {}), {REMOTE}},
     {"KeyboardThatSaysItIsAJoystick",
      with(keyboard(), [](auto& device) { device.properties["ID_INPUT_JOYSTICK"] = "1"; }),

@@ -85,6 +85,18 @@ input_event makeEvent(const Report& report)
     return event;
 }
 
+/// The codes of a type as the kernel shows them in a file. They fit into one of its words.
+std::string listBits(const DeviceSpecification& specification, unsigned int type)
+{
+    unsigned int bits = 0;
+    if (const auto codes = specification.codes.find(type); codes != specification.codes.end())
+        for (const unsigned int code : codes->second)
+            bits |= 1U << code;
+    char text[16];
+    std::snprintf(text, sizeof text, "%x", bits);
+    return text;
+}
+
 } // namespace
 
 DeviceSpecification mouse()
@@ -136,6 +148,15 @@ DeviceSpecification infrared()
         .properties = {{"ID_INPUT", "1"}, {"ID_INPUT_KEY", "1"}, {"ID_INPUT_KEYBOARD", "1"}, {"ID_INPUT_MOUSE", "1"}},
         .codes = {{EV_KEY, keys}, {EV_REL, {REL_X, REL_Y}}, {EV_MSC, {MSC_SCAN}}},
         .isReceiver = true};
+}
+
+DeviceSpecification knob()
+{
+    return {.name = "Knob",
+            .path = "/devices/platform/rotary",
+            .bus = BUS_HOST,
+            .properties = {{"ID_INPUT", "1"}},
+            .codes = {{EV_REL, {REL_DIAL}}}};
 }
 
 DeviceSpecification onSeat(DeviceSpecification specification, const std::string& seat)
@@ -297,7 +318,8 @@ std::string MockDevice::describe() const
         text += "P: " + hardware + "\nE: SUBSYSTEM=rc\n\n";
     char bus[8];
     std::snprintf(bus, sizeof bus, "%04x", static_cast<unsigned int>(specification.bus));
-    text += "P: " + folder.substr(0, folder.rfind('/')) + "\nE: SUBSYSTEM=input\nA: id/bustype=" + bus + "\n\n";
+    text += "P: " + folder.substr(0, folder.rfind('/')) + "\nE: SUBSYSTEM=input\nA: id/bustype=" + bus +
+            "\nA: capabilities/rel=" + listBits(specification, EV_REL) + "\n\n";
     text += "P: " + folder + "\nE: SUBSYSTEM=input\nE: DEVNAME=" + node + "\nE: MAJOR=13\nE: MINOR=64\n";
     for (const auto& [name, value] : specification.properties)
         text += "E: " + name + "=" + value + "\n";

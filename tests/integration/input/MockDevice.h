@@ -35,6 +35,7 @@ DeviceSpecification keyboard();
 DeviceSpecification tablet();                ///< an absolute pointer with a wheel; its axes go from 0 to 32767
 DeviceSpecification keyboardWithTrackBall(); ///< both on one node
 DeviceSpecification infrared();
+DeviceSpecification knob(); ///< of a front panel
 DeviceSpecification onSeat(DeviceSpecification specification, const std::string& seat);
 
 /// A machine without any device, into which the whole process looks from now on instead of the real one.

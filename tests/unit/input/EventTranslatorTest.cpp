@@ -375,10 +375,43 @@ TEST_F(PointerTranslation, CountsEachStepOfTheWheelOnce)
     move(REL_WHEEL, -2);
     move(REL_WHEEL_HI_RES, -240);
     end();
-    move(REL_HWHEEL, 1);
-    end();
 
     EXPECT_EQ(take(), (Texts{"mouse by 0,0,-1", "mouse by 0,0,2"}));
+}
+
+TEST_F(PointerTranslation, GivesTheStepsOfAHorizontalWheelAndOfAKnobAsKeys)
+{
+    move(REL_HWHEEL, 2);
+    move(REL_HWHEEL_HI_RES, 240);
+    end();
+    EXPECT_EQ(take(), (Texts{"KEY_RIGHT pressed", "KEY_RIGHT released", "KEY_RIGHT pressed", "KEY_RIGHT released"}));
+    move(REL_HWHEEL, -1);
+    end();
+    EXPECT_EQ(take(), (Texts{"KEY_LEFT pressed", "KEY_LEFT released"}));
+
+    move(REL_DIAL, 1);
+    move(REL_DIAL, -1);
+    end();
+    EXPECT_EQ(take(), (Texts{"KEY_VOLUMEUP pressed", "KEY_VOLUMEUP released", "KEY_VOLUMEDOWN pressed",
+                             "KEY_VOLUMEDOWN released"}));
+}
+
+TEST_F(PointerTranslation, GivesNoMoreThanAHandfulOfKeysForAnyStepThatAKnobMaySay)
+{
+    for (const int steps : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+        move(REL_DIAL, steps);
+        end();
+        EXPECT_EQ(take().size(), 32U);
+    }
+}
+
+TEST_F(PointerTranslation, ReleasesAKeyOnceThatAKnobPressesWhileItIsHeld)
+{
+    press(KEY_VOLUMEUP);
+    move(REL_DIAL, 1);
+    release(KEY_VOLUMEUP);
+
+    EXPECT_EQ(take(), (Texts{"KEY_VOLUMEUP pressed", "KEY_VOLUMEUP pressed", "KEY_VOLUMEUP released"}));
 }
 
 TEST_F(PointerTranslation, StopsAtTheEndsOfTheRangeOfNumbers)
