@@ -24,7 +24,11 @@ constexpr const char* COMPONENT = "DeviceTable";
 } // namespace
 
 DeviceTable::DeviceTable(int wakeUp, Sink sink)
-    : epoll(epoll_create1(EPOLL_CLOEXEC)), wakeUp(wakeUp), sink(std::move(sink)), screen(readScreenSize())
+    : epoll(epoll_create1(EPOLL_CLOEXEC)),
+      wakeUp(wakeUp),
+      sink(std::move(sink)),
+      screen(readScreenSize()),
+      repeat(readKeyRepeat())
 {
     if (!epoll.isOpen()) {
         corvaneDebugPrint(DEBUG_ERROR, TAG, COMPONENT, __LINE__, "epoll_create1 failed %s", std::strerror(errno));
@@ -155,6 +159,8 @@ void DeviceTable::open(Entry& entry)
                       [this, session = entry.report.sessionIndex, identity = device.get()](auto event) {
                           sink({std::move(event), session, identity});
                       });
+        if (repeat)
+            device->setRepeat(*repeat);
         device->enable(wanted);
         watch(device->getDescriptor(), &entry);
         entry.device = std::move(device);

@@ -79,6 +79,7 @@ private:
     const int wakeUp;
     const Sink sink;
     const ISurfaceCompositing::Dimensions screen;
+    const std::optional<KeyRepeat> repeat; ///< nothing where the kernel's holds
     DeviceMonitor monitor;
     NodeWatch nodes;                      ///< hears while there is a device that could not be opened
     std::optional<Switches> switches;     ///< as they were applied last

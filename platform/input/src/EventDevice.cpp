@@ -4,8 +4,11 @@
 #include <bit>
 #include <cerrno>
 #include <corvane/foundation/DebugPrint.h>
+#include <cstring>
 #include <fcntl.h>
 #include <libevdev/libevdev.h>
+#include <linux/input.h>
+#include <sys/ioctl.h>
 #include <system_error>
 
 namespace Corvane
@@ -13,6 +16,9 @@ namespace Corvane
 
 namespace
 {
+
+constexpr const char* TAG = "MultiInputDriver";
+constexpr const char* COMPONENT = "EventDevice";
 
 /// How many reports without a meaning are skipped at a time: a flood of them must not hold up other devices either.
 constexpr int REPORTS_AT_A_TIME = 64;
@@ -61,6 +67,14 @@ void EventDevice::start(const DeviceKind& kind, const ISurfaceCompositing::Dimen
     // Elsewhere the axes are a stick or a knob.
     if (kind.pointer == InputClass::MOUSE)
         findAxes(screen);
+}
+
+void EventDevice::setRepeat(const KeyRepeat& repeat) const
+{
+    const unsigned int values[] = {repeat.delay, repeat.period};
+    if (libevdev_has_event_type(device.get(), EV_REP) != 0 && ioctl(descriptor.get(), EVIOCSREP, values) < 0)
+        corvaneDebugPrint(DEBUG_WARNING, TAG, COMPONENT, __LINE__, "%s repeats its keys as before: %s\n", path.c_str(),
+                          std::strerror(errno));
 }
 
 void EventDevice::enable(const EventTranslator::Parts& parts)
@@ -115,7 +129,7 @@ void EventDevice::tellOfLoss()
 {
     // A flood that nobody can follow must not fill the log as well.
     if (std::has_single_bit(++losses))
-        corvaneDebugPrint(DEBUG_WARNING, "MultiInputDriver", "EventDevice", __LINE__,
+        corvaneDebugPrint(DEBUG_WARNING, TAG, COMPONENT, __LINE__,
                           "%s lost events, %u times so far: they were not read in time\n", path.c_str(), losses);
 }
 

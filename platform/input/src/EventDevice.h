@@ -2,6 +2,7 @@
 
 #include "DeviceKind.h"
 #include "EventTranslator.h"
+#include "KeyRepeat.h"
 
 #include <corvane/common/FileDescriptor.h>
 #include <corvane/interfaces/ISurfaceCompositing.h>
@@ -37,6 +38,8 @@ public:
 
     /// Says what to make of the events; once, before the first enable().
     void start(const DeviceKind& kind, const ISurfaceCompositing::Dimensions& screen, EventTranslator::Sink sink);
+    /// Says how its keys repeat, where the device has them repeated at all. It holds for all who read the device.
+    void setRepeat(const KeyRepeat& repeat) const;
     /// Turns the parts of the device on and off. Passes on the releases of what is held on one that goes off.
     void enable(const EventTranslator::Parts& parts);
     /// Passes on the next event, if there is one; does not block.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <support/TemporaryDirectory.h>
 
 /// What the devices that are there at the start give.
 namespace Corvane::Test
@@ -169,6 +170,34 @@ TEST_F(Devices, KnobOfTheFrontPanelChangesTheVolume)
 
     EXPECT_EQ(listener.take(4), (Texts{"KEY_VOLUMEUP pressed", "KEY_VOLUMEUP released", "KEY_VOLUMEDOWN pressed",
                                        "KEY_VOLUMEDOWN released"}));
+}
+
+TEST_F(Devices, RepeatTheirKeysAsTheEnvironmentSays)
+{
+    const ScopedEnvironment environment("CORVANE_KEY_REPEAT", "400,40");
+    MultiInputDriver configured;
+    MockDevice keys(machine, keyboard());
+    MockDevice remote(machine, infrared());
+    CapturedOutput error;
+    configured.enableKeyboard();
+    configured.enableIr();
+    configured.start();
+
+    ASSERT_TRUE(awaitOpen(keys) && awaitOpen(remote));
+    EXPECT_TRUE(await([&] { return keys.getRepeat() == Repeat{400, 40}; }));
+    // The kernel has no say in this one's, and refuses to hear of it.
+    EXPECT_EQ(error.getText(), "");
+}
+
+TEST_F(Devices, RepeatTheirKeysAsTheKernelLetsThemOtherwise)
+{
+    MockDevice keys(machine, keyboard());
+    driver.enableKeyboard();
+    driver.start();
+    keys.press(KEY_A);
+    ASSERT_EQ(listener.take(), "'a' pressed");
+
+    EXPECT_EQ(keys.getRepeat(), (Repeat{250, 33}));
 }
 
 /// A device that udev's rules call a few keys and something else.

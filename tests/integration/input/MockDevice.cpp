@@ -113,7 +113,9 @@ DeviceSpecification keyboard()
     return {.name = "Keyboard",
             .path = "/devices/usb/1-",
             .properties = {{"ID_INPUT", "1"}, {"ID_INPUT_KEY", "1"}, {"ID_INPUT_KEYBOARD", "1"}},
-            .codes = {{EV_KEY, range(KEY_ESC, KEY_COMPOSE)}, {EV_LED, {LED_NUML, LED_CAPSL}}}};
+            .codes = {{EV_KEY, range(KEY_ESC, KEY_COMPOSE)},
+                      {EV_LED, {LED_NUML, LED_CAPSL}},
+                      {EV_REP, {REP_DELAY, REP_PERIOD}}}};
 }
 
 DeviceSpecification tablet()
@@ -211,16 +213,23 @@ public:
             keysDown.erase(code);
     }
 
+    Repeat getRepeat() const
+    {
+        std::lock_guard guard(mutex);
+        return repeat;
+    }
+
     static int onIoctl(UMockdevIoctlBase* handler, UMockdevIoctlClient* client, void* answers);
     static void forget(void* answers, GClosure*) { delete static_cast<std::shared_ptr<Answers>*>(answers); }
 
 private:
-    long answer(unsigned long request, std::vector<unsigned char>& data) const;
+    long answer(unsigned long request, std::vector<unsigned char>& data);
     std::set<unsigned int> findBits(unsigned int type) const;
 
     const DeviceSpecification specification;
     mutable std::mutex mutex;
     std::set<unsigned int> keysDown;
+    Repeat repeat{250, 33}; ///< the kernel's
 };
 
 int MockDevice::Answers::onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, void* answers)
@@ -229,9 +238,11 @@ int MockDevice::Answers::onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client
     const std::shared_ptr<Answers> held = *static_cast<std::shared_ptr<Answers>*>(answers);
     const gulong request = umockdev_ioctl_client_get_request(client);
     std::vector<unsigned char> data(_IOC_SIZE(request));
-    const long result = held->answer(request, data);
     UMockdevIoctlData* const argument =
         umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, data.size(), nullptr);
+    if (argument != nullptr && _IOC_DIR(request) == _IOC_WRITE)
+        std::copy_n(argument->data, data.size(), data.begin());
+    const long result = held->answer(request, data);
     if (result >= 0 && argument != nullptr && _IOC_DIR(request) == _IOC_READ)
         umockdev_ioctl_data_update(argument, 0, data.data(), static_cast<gint>(data.size()));
     umockdev_ioctl_client_complete(client, result < 0 ? -1 : result, result < 0 ? static_cast<gint>(-result) : 0);
@@ -240,7 +251,7 @@ int MockDevice::Answers::onIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client
     return TRUE;
 }
 
-long MockDevice::Answers::answer(unsigned long request, std::vector<unsigned char>& data) const
+long MockDevice::Answers::answer(unsigned long request, std::vector<unsigned char>& data)
 {
     constexpr unsigned int FIRST_BITS = _IOC_NR(EVIOCGBIT(0, 0));
     constexpr unsigned int FIRST_AXIS = _IOC_NR(EVIOCGABS(0));
@@ -262,6 +273,12 @@ long MockDevice::Answers::answer(unsigned long request, std::vector<unsigned cha
     if (number == _IOC_NR(EVIOCGSW(0)))
         return static_cast<long>(data.size());
     std::lock_guard guard(mutex);
+    if (request == EVIOCGREP)
+        return put(repeat, data);
+    if (request == EVIOCSREP) {
+        std::memcpy(&repeat, data.data(), sizeof repeat);
+        return 0;
+    }
     return number == _IOC_NR(EVIOCGKEY(0)) ? put(keysDown, data) : -ENOENT;
 }
 
@@ -397,6 +414,11 @@ bool MockDevice::isOpen() const
                status.st_dev == identity.st_dev && status.st_ino == identity.st_ino;
     };
     return std::ranges::any_of(std::filesystem::directory_iterator("/proc/self/fd"), isNode);
+}
+
+Repeat MockDevice::getRepeat() const
+{
+    return answers->getRepeat();
 }
 
 bool MockDevice::hasUnread() const

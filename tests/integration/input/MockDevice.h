@@ -64,6 +64,13 @@ struct Report {
     int value;
 };
 
+/// How the kernel repeats the keys of a device, in milliseconds.
+struct Repeat {
+    unsigned int delay;
+    unsigned int period;
+    bool operator==(const Repeat&) const = default;
+};
+
 /// A device for input events that the real libraries take for one of the kernel's. It is there once it is constructed.
 ///
 ///     MockDevice remote(machine, infrared());
@@ -100,6 +107,8 @@ public:
     bool isOpen() const;
     /// Whether there is something that nobody has read.
     bool hasUnread() const;
+    /// What the kernel was told.
+    Repeat getRepeat() const;
 
 private:
     class Answers;
