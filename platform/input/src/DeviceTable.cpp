@@ -161,6 +161,8 @@ void DeviceTable::open(Entry& entry)
                       });
         if (repeat)
             device->setRepeat(*repeat);
+        if (entry.report.kind->keys == InputClass::KEYBOARD)
+            device->setTyping(layout.makeTyping());
         device->enable(wanted);
         watch(device->getDescriptor(), &entry);
         entry.device = std::move(device);

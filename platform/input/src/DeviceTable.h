@@ -3,6 +3,7 @@
 #include "DeviceMonitor.h"
 #include "EventDevice.h"
 #include "EventQueue.h"
+#include "KeyboardLayout.h"
 #include "NodeWatch.h"
 
 #include <corvane/common/FileDescriptor.h>
@@ -80,6 +81,7 @@ private:
     const Sink sink;
     const ISurfaceCompositing::Dimensions screen;
     const std::optional<KeyRepeat> repeat; ///< nothing where the kernel's holds
+    KeyboardLayout layout;
     DeviceMonitor monitor;
     NodeWatch nodes;                      ///< hears while there is a device that could not be opened
     std::optional<Switches> switches;     ///< as they were applied last

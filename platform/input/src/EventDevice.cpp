@@ -77,6 +77,11 @@ void EventDevice::setRepeat(const KeyRepeat& repeat) const
                           std::strerror(errno));
 }
 
+void EventDevice::setTyping(std::unique_ptr<Typing> typing)
+{
+    translator->setTyping(std::move(typing));
+}
+
 void EventDevice::enable(const EventTranslator::Parts& parts)
 {
     if (parts.keys && !translator->getEnabled().keys)

@@ -40,6 +40,8 @@ public:
     void start(const DeviceKind& kind, const ISurfaceCompositing::Dimensions& screen, EventTranslator::Sink sink);
     /// Says how its keys repeat, where the device has them repeated at all. It holds for all who read the device.
     void setRepeat(const KeyRepeat& repeat) const;
+    /// Gives a keyboard another layout than the US one; after start(), before the first enable(). Null leaves it.
+    void setTyping(std::unique_ptr<Typing> typing);
     /// Turns the parts of the device on and off. Passes on the releases of what is held on one that goes off.
     void enable(const EventTranslator::Parts& parts);
     /// Passes on the next event, if there is one; does not block.

@@ -42,7 +42,9 @@ void EventTranslator::setCapsLock(bool on)
 
 void EventTranslator::setDown(unsigned int code)
 {
-    held.try_emplace(code);
+    const bool isNew = held.try_emplace(code).second;
+    if (isNew && typing != nullptr)
+        typing->setDown(code, true);
 }
 
 void EventTranslator::enable(const Parts& wanted)
@@ -51,8 +53,11 @@ void EventTranslator::enable(const Parts& wanted)
     const bool isPointerGoingOff = before.pointer && !wanted.pointer;
     if (isPointerGoingOff)
         dropFrame();
-    if (before.keys && !wanted.keys)
+    if (before.keys && !wanted.keys) {
         releaseKeys(false);
+        if (typing != nullptr)
+            typing->forgetDeadKey();
+    }
     if (isPointerGoingOff)
         releaseButtons();
 }
@@ -84,21 +89,34 @@ void EventTranslator::handleKey(unsigned int code, int value)
     }
     if (value != RELEASED)
         handlePress(code, value == REPEATED);
-    else if (const auto key = held.extract(code); key && key.mapped().isTold)
-        // With the character of the press, although Shift may have been released in between.
-        sendKey(code, key.mapped().character, false);
+    else
+        handleRelease(code);
 }
 
 void EventTranslator::handlePress(unsigned int code, bool isRepeated)
 {
-    HeldKey& key = held[code];
+    const auto [known, isNew] = held.try_emplace(code);
+    HeldKey& key = known->second;
     if (!key.isTold) {
-        key = {characterOf(code), true};
+        key = {type(code), true};
         // One that was down already has done its work, and repeats in vain.
-        if (code == KEY_CAPSLOCK && !isRepeated)
+        if (isCapsLock(code) && !isRepeated)
             setCapsLock(!capsLocked);
     }
-    sendKey(code, key.character, true);
+    // A key counts for those after it, not for what it types itself.
+    if (isNew && typing != nullptr)
+        typing->setDown(code, true);
+    sendKey(code, key.text, true);
+}
+
+void EventTranslator::handleRelease(unsigned int code)
+{
+    const auto key = held.extract(code);
+    if (key && typing != nullptr)
+        typing->setDown(code, false);
+    // With the character of the press, although Shift may have been released in between.
+    if (key && key.mapped().isTold)
+        sendKey(code, key.mapped().text, false);
 }
 
 void EventTranslator::handleButton(Button& button, bool pressed)
@@ -140,13 +158,21 @@ void EventTranslator::handleAbsolute(unsigned int code, int value)
     hasPosition = true;
 }
 
-unsigned char EventTranslator::characterOf(unsigned int code) const
+std::optional<std::string> EventTranslator::type(unsigned int code)
 {
+    if (typing != nullptr)
+        return typing->type(code, capsLocked);
     // With one of these a key is a command and not a character.
     if (!hasCharacters ||
         isAnyHeld({KEY_LEFTCTRL, KEY_RIGHTCTRL, KEY_LEFTALT, KEY_RIGHTALT, KEY_LEFTMETA, KEY_RIGHTMETA}))
-        return 0;
-    return findCharacter(code, isAnyHeld({KEY_LEFTSHIFT, KEY_RIGHTSHIFT}), capsLocked);
+        return "";
+    const unsigned char character = findCharacter(code, isAnyHeld({KEY_LEFTSHIFT, KEY_RIGHTSHIFT}), capsLocked);
+    return character != 0 ? std::string(1, static_cast<char>(character)) : std::string();
+}
+
+bool EventTranslator::isCapsLock(unsigned int code) const
+{
+    return typing != nullptr ? typing->isCapsLock(code) : code == KEY_CAPSLOCK;
 }
 
 bool EventTranslator::isAnyHeld(std::initializer_list<unsigned int> codes) const
@@ -154,14 +180,16 @@ bool EventTranslator::isAnyHeld(std::initializer_list<unsigned int> codes) const
     return std::ranges::any_of(codes, [this](unsigned int code) { return held.contains(code); });
 }
 
-void EventTranslator::sendKey(unsigned int code, unsigned char character, bool pressed)
+void EventTranslator::sendKey(unsigned int code, const std::optional<std::string>& text, bool pressed)
 {
     // What the pointer did before the key comes before it: a drag that begins with a key held is none without it.
     endFrame();
-    if (character != 0)
-        sink(std::make_shared<const AsciiEvent>(character, pressed));
-    else
+    if (!text)
+        return;
+    if (text->empty())
         sink(std::make_shared<const KeyEvent>(code, pressed));
+    for (const char byte : *text)
+        sink(std::make_shared<const AsciiEvent>(static_cast<unsigned char>(byte), pressed));
 }
 
 int EventTranslator::AbsoluteAxis::getPixel() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Typing.h"
+
 #include <array>
 #include <corvane/interfaces/ISurfaceCompositing.h>
 #include <corvane/interfaces/IWindowEvent.h>
@@ -9,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace Corvane
 {
@@ -46,6 +49,8 @@ public:
     /// @param hasCharacters  keys with a character give AsciiEvents, as on a keyboard; else all keys give KeyEvents
     EventTranslator(bool hasCharacters, Sink sink);
 
+    /// Gives a keyboard another layout than the US one; before the first enable(). Null leaves it.
+    void setTyping(std::unique_ptr<Typing> layout) { typing = std::move(layout); }
     /// From now on the two axes give a position on a screen of this size.
     void setAbsolute(const Axis& x, const Axis& y, const ISurfaceCompositing::Dimensions& screen);
     void setCapsLock(bool on);
@@ -62,8 +67,8 @@ public:
 
 private:
     struct HeldKey {
-        unsigned char character = 0; ///< that its press was told as; 0 for none
-        bool isTold = false;         ///< its press was
+        std::optional<std::string> text; ///< that its press was told as; empty for a key, nothing for a dead key
+        bool isTold = false;             ///< its press was
     };
     struct Button {
         bool isPressed = false;
@@ -77,15 +82,17 @@ private:
 
     void handleKey(unsigned int code, int value);
     void handlePress(unsigned int code, bool isRepeated);
+    void handleRelease(unsigned int code);
     void handleButton(Button& button, bool pressed);
     void releaseKeys(bool areButtons);
     void releaseButtons();
     void handleRelative(unsigned int code, int value);
     void turn(unsigned int less, unsigned int more, int steps);
     void handleAbsolute(unsigned int code, int value);
-    unsigned char characterOf(unsigned int code) const;
+    std::optional<std::string> type(unsigned int code);
+    bool isCapsLock(unsigned int code) const;
     bool isAnyHeld(std::initializer_list<unsigned int> codes) const;
-    void sendKey(unsigned int code, unsigned char character, bool pressed);
+    void sendKey(unsigned int code, const std::optional<std::string>& text, bool pressed);
     void endFrame();
     void dropFrame();
     IWindowEvent::MouseEvent::Buttons takeButtons();
@@ -93,6 +100,7 @@ private:
     const bool hasCharacters;
     const Sink sink;
     Parts parts;
+    std::unique_ptr<Typing> typing;       ///< null for the US layout
     std::map<unsigned int, HeldKey> held; ///< by code
     bool capsLocked = false;
 
