@@ -35,6 +35,8 @@ DeviceTable::DeviceTable(int wakeUp, Sink sink)
         throw Exception(RETURN_REFUSED_BY_SYSTEM);
     }
     watch(wakeUp, nullptr);
+    if (map.getDescriptor() >= 0)
+        watch(map.getDescriptor(), &map);
 }
 
 void DeviceTable::watch(int descriptor, void* meaning)
@@ -104,6 +106,8 @@ void DeviceTable::hear(const DeviceReport& report)
         return forget(report);
     const auto [named, isNew] = entries.try_emplace(report.name, Entry{report});
     Entry& entry = named->second;
+    if (isNew)
+        entry.rule = map.find(report.name);
     const bool hasOtherKind = report.kind && report.kind != entry.report.kind;
     // The daemon may say more, or something else, of a device that was found before its rules had run.
     if (hasOtherKind || report.sessionIndex != entry.report.sessionIndex) {
@@ -127,6 +131,29 @@ bool DeviceTable::isWanted(InputClass which) const
            (which == InputClass::REMOTE && switches->remote);
 }
 
+std::optional<DeviceKind> DeviceTable::findKind(const Entry& entry)
+{
+    return entry.rule != nullptr ? entry.rule->decide(entry.report.kind) : entry.report.kind;
+}
+
+unsigned int DeviceTable::findSession(const Entry& entry)
+{
+    return entry.rule != nullptr ? entry.rule->session.value_or(entry.report.sessionIndex) : entry.report.sessionIndex;
+}
+
+void DeviceTable::applyMap()
+{
+    for (auto& [name, entry] : entries) {
+        const std::shared_ptr<const DeviceRule> rule = map.find(name);
+        const bool isSame = rule == nullptr || entry.rule == nullptr ? rule == entry.rule : *rule == *entry.rule;
+        if (isSame)
+            continue;
+        close(entry);
+        entry.rule = rule;
+        update(entry);
+    }
+}
+
 EventTranslator::Parts DeviceTable::findWanted(const DeviceKind& kind) const
 {
     return {isWanted(kind.keys), isWanted(kind.pointer)};
@@ -135,14 +162,15 @@ EventTranslator::Parts DeviceTable::findWanted(const DeviceKind& kind) const
 void DeviceTable::update(Entry& entry)
 {
     // A device of a kind that is not known yet is opened to find out, unless nothing is wanted at all.
-    const bool mayBeWanted = entry.report.kind ? findWanted(*entry.report.kind).isAny()
-                                               : switches->mouse || switches->keyboard || switches->remote;
+    const std::optional<DeviceKind> kind = findKind(entry);
+    const bool mayBeWanted =
+        kind ? findWanted(*kind).isAny() : switches->mouse || switches->keyboard || switches->remote;
     if (!mayBeWanted)
         close(entry);
     else if (entry.device == nullptr)
         open(entry);
     else
-        entry.device->enable(findWanted(*entry.report.kind));
+        entry.device->enable(findWanted(*kind));
 }
 
 void DeviceTable::open(Entry& entry)
@@ -150,19 +178,20 @@ void DeviceTable::open(Entry& entry)
     try {
         auto device = std::make_unique<EventDevice>(entry.report.path);
         entry.hasFailed = false;
-        if (!entry.report.kind)
+        if (!findKind(entry))
             entry.report.kind = device->findKind();
-        const EventTranslator::Parts wanted = findWanted(*entry.report.kind);
+        const DeviceKind kind = *findKind(entry);
+        const EventTranslator::Parts wanted = findWanted(kind);
         if (!wanted.isAny())
             return;
-        device->start(*entry.report.kind, screen,
-                      [this, session = entry.report.sessionIndex, identity = device.get()](auto event) {
-                          sink({std::move(event), session, identity});
-                      });
+        device->start(kind, screen, [this, session = findSession(entry), identity = device.get()](auto event) {
+            sink({std::move(event), session, identity});
+        });
         if (repeat)
             device->setRepeat(*repeat);
-        if (entry.report.kind->keys == InputClass::KEYBOARD)
+        if (kind.keys == InputClass::KEYBOARD)
             device->setTyping(layout.makeTyping());
+        device->setRule(entry.rule);
         device->enable(wanted);
         watch(device->getDescriptor(), &entry);
         entry.device = std::move(device);
@@ -229,6 +258,7 @@ void DeviceTable::read(int timeout)
     const int count = epoll_wait(epoll.get(), events.data(), events.size(), timeout);
     bool hasNews = false;
     bool haveNodesChanged = false;
+    bool hasMapChanged = false;
     for (int i = 0; i < count; ++i) {
         const epoll_event& event = events[static_cast<std::size_t>(i)];
         if (event.data.ptr == nullptr)
@@ -237,12 +267,16 @@ void DeviceTable::read(int timeout)
             hasNews = true;
         else if (event.data.ptr == &nodes)
             haveNodesChanged = true;
+        else if (event.data.ptr == &map)
+            hasMapChanged = map.takeNews();
         else
             markReady(*static_cast<Entry*>(event.data.ptr), event.events);
     }
     readDevices();
     if (haveNodesChanged)
         openFailed();
+    if (hasMapChanged)
+        applyMap();
     // Last: it may take entries away.
     if (hasNews)
         hearNews();

@@ -3,6 +3,7 @@
 #include "DeviceMonitor.h"
 #include "EventDevice.h"
 #include "EventQueue.h"
+#include "InputMapFile.h"
 #include "KeyboardLayout.h"
 #include "NodeWatch.h"
 
@@ -50,10 +51,11 @@ public:
 private:
     struct Entry {
         DeviceReport report;
-        std::unique_ptr<EventDevice> device = nullptr; ///< null while it is closed
-        bool isReady = false;                          ///< there may be something to read
-        bool isHungUp = false;                         ///< and nothing more will come
-        bool hasFailed = false;                        ///< to open, which was told
+        std::shared_ptr<const DeviceRule> rule = nullptr; ///< what the map says of it
+        std::unique_ptr<EventDevice> device = nullptr;    ///< null while it is closed
+        bool isReady = false;                             ///< there may be something to read
+        bool isHungUp = false;                            ///< and nothing more will come
+        bool hasFailed = false;                           ///< to open, which was told
     };
 
     void watch(int descriptor, void* meaning);
@@ -64,6 +66,9 @@ private:
     void hear(const DeviceReport& report);
     void forget(const DeviceReport& report);
     bool isWanted(InputClass which) const;
+    static std::optional<DeviceKind> findKind(const Entry& entry);
+    static unsigned int findSession(const Entry& entry);
+    void applyMap();
     EventTranslator::Parts findWanted(const DeviceKind& kind) const;
     void update(Entry& entry);
     void open(Entry& entry);
@@ -81,6 +86,7 @@ private:
     const Sink sink;
     const ISurfaceCompositing::Dimensions screen;
     const std::optional<KeyRepeat> repeat; ///< nothing where the kernel's holds
+    InputMapFile map;
     KeyboardLayout layout;
     DeviceMonitor monitor;
     NodeWatch nodes;                      ///< hears while there is a device that could not be opened

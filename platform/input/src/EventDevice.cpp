@@ -82,6 +82,11 @@ void EventDevice::setTyping(std::unique_ptr<Typing> typing)
     translator->setTyping(std::move(typing));
 }
 
+void EventDevice::setRule(std::shared_ptr<const DeviceRule> rule)
+{
+    mapping.setRule(std::move(rule));
+}
+
 void EventDevice::enable(const EventTranslator::Parts& parts)
 {
     if (parts.keys && !translator->getEnabled().keys)
@@ -94,7 +99,7 @@ void EventDevice::findKeys()
     translator->setCapsLock(libevdev_get_event_value(device.get(), EV_LED, LED_CAPSL) != 0);
     for (unsigned int code = KEY_ESC; code <= KEY_MAX; ++code)
         if (!isButton(code) && libevdev_get_event_value(device.get(), EV_KEY, code) != 0)
-            translator->setDown(code);
+            translator->setDown(mapping.setDown(code));
 }
 
 void EventDevice::findAxes(const ISurfaceCompositing::Dimensions& screen)
@@ -115,7 +120,7 @@ EventDevice::Reading EventDevice::read()
             if (result == LIBEVDEV_READ_STATUS_SYNC && !isSynchronising)
                 tellOfLoss();
             isSynchronising = result == LIBEVDEV_READ_STATUS_SYNC;
-            translator->handle(event.type, event.code, event.value);
+            mapping.handle(event.type, event.code, event.value, *translator);
             // These two are what gives an event. It is delivered before more is read, so that it waits for nothing.
             if (event.type == EV_KEY || event.type == EV_SYN)
                 return Reading::MORE;

@@ -2,6 +2,7 @@
 
 #include "DeviceKind.h"
 #include "EventTranslator.h"
+#include "KeyMapping.h"
 #include "KeyRepeat.h"
 
 #include <corvane/common/FileDescriptor.h>
@@ -42,6 +43,8 @@ public:
     void setRepeat(const KeyRepeat& repeat) const;
     /// Gives a keyboard another layout than the US one; after start(), before the first enable(). Null leaves it.
     void setTyping(std::unique_ptr<Typing> typing);
+    /// Says what the map wants of its keys; before the first enable(). Null is nothing.
+    void setRule(std::shared_ptr<const DeviceRule> rule);
     /// Turns the parts of the device on and off. Passes on the releases of what is held on one that goes off.
     void enable(const EventTranslator::Parts& parts);
     /// Passes on the next event, if there is one; does not block.
@@ -59,6 +62,7 @@ private:
     const std::string path;
     const FileDescriptor descriptor;
     std::unique_ptr<libevdev, Deleter> device;
+    KeyMapping mapping;
     std::optional<EventTranslator> translator;
     bool isSynchronising = false; ///< events were lost; what comes next is how the device's state changed meanwhile
     unsigned int losses = 0;      ///< how often events were lost

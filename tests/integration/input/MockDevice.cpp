@@ -335,8 +335,9 @@ std::string MockDevice::describe() const
         text += "P: " + hardware + "\nE: SUBSYSTEM=rc\n\n";
     char bus[8];
     std::snprintf(bus, sizeof bus, "%04x", static_cast<unsigned int>(specification.bus));
-    text += "P: " + folder.substr(0, folder.rfind('/')) + "\nE: SUBSYSTEM=input\nA: id/bustype=" + bus +
-            "\nA: capabilities/rel=" + listBits(specification, EV_REL) + "\n\n";
+    text += "P: " + folder.substr(0, folder.rfind('/')) + "\nE: SUBSYSTEM=input\nA: name=" + specification.name +
+            "\nA: id/bustype=" + bus + "\nA: id/vendor=0001\nA: id/product=0001\nA: capabilities/rel=" +
+            listBits(specification, EV_REL) + "\n\n";
     text += "P: " + folder + "\nE: SUBSYSTEM=input\nE: DEVNAME=" + node + "\nE: MAJOR=13\nE: MINOR=64\n";
     for (const auto& [name, value] : specification.properties)
         text += "E: " + name + "=" + value + "\n";
