@@ -50,6 +50,7 @@ void addDescribeCommand(CLI::App& app, Options& options);     ///< describe
 void addMonitorCommand(CLI::App& app, Options& options);      ///< monitor
 void addApplicationCommands(CLI::App& app, Options& options); ///< stats, activate, suspend, terminate
 void addKeyCommand(CLI::App& app, Options& options);          ///< key
+void addInputCommands(CLI::App& app, Options& options);       ///< input list, input map
 void addPropertyCommands(CLI::App& app, Options& options);    ///< state, focus, visibility, opacity, z-order, location
 void addTokenCommands(CLI::App& app, Options& options);       ///< token create, token delete
 

@@ -1,43 +1,20 @@
 #include "Commands.h"
+#include "EndSignals.h"
 #include "Manager.h"
 #include "Names.h"
 #include "Output.h"
 
 #include <corvane/common/RPCError.h>
 #include <corvane/foundation/Serializer.h>
-#include <csignal>
 #include <ctime>
 #include <iostream>
 #include <memory>
 #include <mutex>
-#include <unistd.h>
 
 namespace Corvanectl
 {
 namespace
 {
-
-/// The signals that end the command. They stay blocked in every thread and are taken by `wait`.
-class EndSignals
-{
-public:
-    EndSignals()
-    {
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    }
-    void wait() const
-    {
-        int signal = 0;
-        sigwait(&signals, &signal);
-    }
-    static void raise() { ::kill(::getpid(), SIGTERM); }
-
-private:
-    sigset_t signals;
-};
 
 /// The time of day with milliseconds, as the machine's clock shows it.
 std::string tellTime()

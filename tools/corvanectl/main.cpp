@@ -118,6 +118,7 @@ int main(int argc, char** argv)
     addBoxCommands(app, options);
     addBoxViews(app, options);
     addKeyCommand(app, options);
+    addInputCommands(app, options);
     addTokenCommands(app, options);
     return runCommand(app, argc, argv);
 }

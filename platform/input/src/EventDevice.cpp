@@ -120,6 +120,8 @@ EventDevice::Reading EventDevice::read()
             if (result == LIBEVDEV_READ_STATUS_SYNC && !isSynchronising)
                 tellOfLoss();
             isSynchronising = result == LIBEVDEV_READ_STATUS_SYNC;
+            if (probe)
+                probe(event.type, event.code, event.value);
             mapping.handle(event.type, event.code, event.value, *translator);
             // These two are what gives an event. It is delivered before more is read, so that it waits for nothing.
             if (event.type == EV_KEY || event.type == EV_SYN)

@@ -7,6 +7,7 @@
 
 #include <corvane/common/FileDescriptor.h>
 #include <corvane/interfaces/ISurfaceCompositing.h>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,6 +29,9 @@ public:
         LOST  ///< the device is gone
     };
 
+    /// Sees what the device reports before anything is made of it.
+    using Probe = std::function<void(unsigned int type, unsigned int code, int value)>;
+
     /// @throws std::system_error  it cannot be opened
     explicit EventDevice(const std::string& path);
     ~EventDevice();
@@ -45,6 +49,7 @@ public:
     void setTyping(std::unique_ptr<Typing> typing);
     /// Says what the map wants of its keys; before the first enable(). Null is nothing.
     void setRule(std::shared_ptr<const DeviceRule> rule);
+    void setProbe(Probe newProbe) { probe = std::move(newProbe); }
     /// Turns the parts of the device on and off. Passes on the releases of what is held on one that goes off.
     void enable(const EventTranslator::Parts& parts);
     /// Passes on the next event, if there is one; does not block.
@@ -62,6 +67,7 @@ private:
     const std::string path;
     const FileDescriptor descriptor;
     std::unique_ptr<libevdev, Deleter> device;
+    Probe probe; ///< empty in a driver
     KeyMapping mapping;
     std::optional<EventTranslator> translator;
     bool isSynchronising = false; ///< events were lost; what comes next is how the device's state changed meanwhile

@@ -30,10 +30,11 @@ constexpr Named<unsigned int> BUSES[] = {
     {"usb", BUS_USB}, {"bluetooth", BUS_BLUETOOTH}, {"virtual", BUS_VIRTUAL}, {"i8042", BUS_I8042},
     {"i2c", BUS_I2C}, {"host", BUS_HOST},           {"cec", BUS_CEC}};
 
+constexpr int BASE = 16;
+
 /// @return the number that all of the text is, in hexadecimal digits; nothing for any other text
 std::optional<unsigned int> readHexadecimal(std::string_view text)
 {
-    constexpr int BASE = 16;
     if (text.starts_with("0x"))
         text.remove_prefix(2);
     unsigned int number = 0;
@@ -162,6 +163,15 @@ bool makesKeys(const std::map<unsigned int, unsigned int>& targets)
 const char* nameOf(InputClass which)
 {
     return std::ranges::find(CLASSES, which, &Named<InputClass>::value)->name;
+}
+
+std::string nameOfBus(unsigned int bus)
+{
+    const auto* const named = std::ranges::find(BUSES, bus, &Named<unsigned int>::value);
+    if (named != std::end(BUSES))
+        return named->name;
+    char digits[8];
+    return std::string(digits, std::to_chars(std::begin(digits), std::end(digits), bus, BASE).ptr);
 }
 
 bool DeviceRule::isAbout(const DeviceIdentity& device) const

@@ -64,4 +64,7 @@ private:
 /// @return "mouse", "keyboard", "remote" or "none"
 const char* nameOf(InputClass which);
 
+/// @return as the map has it: a name, or hexadecimal digits
+std::string nameOfBus(unsigned int bus);
+
 } // namespace Corvane
