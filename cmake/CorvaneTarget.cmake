@@ -40,6 +40,15 @@ function(corvane_target name)
     endif()
 endfunction()
 
+# corvane_bind_at_link(LIBRARY): the functions that a library has, and calls or has in its tables, are bound when it is
+# linked, instead of being looked up by name at each start; and it exports nothing that only its own tables and templates
+# need. Variables are still looked up: all libraries of a process share one instance of them.
+function(corvane_bind_at_link library)
+    set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    target_link_options(${library} PRIVATE LINKER:-Bsymbolic-functions LINKER:--version-script=${exports})
+    set_property(TARGET ${library} APPEND PROPERTY LINK_DEPENDS ${exports})
+endfunction()
+
 # corvane_library(NAME ALIAS [EXPORT COMPONENT]): a library, its alias corvane::ALIAS and what is installed of it. EXPORT
 # names the targets file of the package that tells of it and COMPONENT what it is installed with, for a library that a box
 # may go without.
@@ -59,6 +68,7 @@ function(corvane_library name alias)
     set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
     # A static library may become a part of a shared one.
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    corvane_bind_at_link(${name})
     install(TARGETS ${name} EXPORT ${export} LIBRARY COMPONENT ${component} NAMELINK_COMPONENT development
                                              ARCHIVE COMPONENT development)
 endfunction()

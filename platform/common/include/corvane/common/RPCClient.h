@@ -63,8 +63,8 @@ public:
     static std::vector<std::string> listDeadServers();
 
 private:
-    class Caller;
-    class Subscription;
+    class CORVANE_HIDDEN Caller;
+    class CORVANE_HIDDEN Subscription;
 
     const std::string serverName;
     const std::unique_ptr<Caller> caller;

@@ -49,7 +49,7 @@ public:
     void injectInputEvent(std::shared_ptr<const IWindowEvent::InputEvent> event, unsigned int sessionIndex);
 
 private:
-    class Delivery;
+    class CORVANE_HIDDEN Delivery;
     std::unique_ptr<Delivery> delivery;
 };
 
