@@ -1,7 +1,10 @@
 # How every target of the project is compiled, in one place.
 
-# The libraries that a release compiles for size, because that makes none of them slower: docs/footprint.md has the figures.
-set(CORVANE_SMALL_TARGETS corvane-input corvane-procman corvane-directfb)
+# corvane_fast_sources(SOURCE...): those of a library that a remote call and its notification run through. A release
+# compiles the rest of a library for size, which costs time here: docs/footprint.md has the figures.
+function(corvane_fast_sources)
+    set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
+endfunction()
 
 # corvane_target(NAME): language level, warnings, hidden visibility, the sanitizers of this build and what its processor
 # asks for.
@@ -26,7 +29,8 @@ function(corvane_target name)
     endif()
     # What a box gets has no code that nothing reaches. The everyday builds keep it, and link faster.
     set(optimisation -O2)
-    if(name IN_LIST CORVANE_SMALL_TARGETS)
+    get_target_property(type ${name} TYPE)
+    if(type STREQUAL SHARED_LIBRARY)
         set(optimisation -Os)
     endif()
     target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:${optimisation};-ffunction-sections;-fdata-sections>)
