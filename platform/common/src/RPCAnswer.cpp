@@ -78,4 +78,16 @@ std::string callMessage(std::string_view id, const std::string& method, const st
     return serializer.generate();
 }
 
+std::string subscriptionParameters(const std::vector<std::string>& patterns)
+{
+    Serializer serializer;
+    serializer.beginObject("");
+    serializer.beginArray("notifications");
+    for (const std::string& pattern : patterns)
+        serializer.writeString("", pattern);
+    serializer.endArray("notifications");
+    serializer.endObject("");
+    return serializer.generate();
+}
+
 } // namespace Corvane

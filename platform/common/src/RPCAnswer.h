@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Corvane
 {
@@ -27,5 +28,8 @@ struct RPCAnswer {
 
 /// @return the text of a call
 std::string callMessage(std::string_view id, const std::string& method, const std::string& parameters);
+
+/// @return the parameters of rpc.subscribe
+std::string subscriptionParameters(const std::vector<std::string>& patterns);
 
 } // namespace Corvane

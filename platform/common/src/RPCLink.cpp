@@ -17,10 +17,6 @@ namespace Corvane
 namespace
 {
 
-/// An answer may be longer than a call: a description of a server, for instance. This bounds what a broken server can
-/// do.
-constexpr std::size_t MESSAGE_LIMIT = 16 * 1024 * 1024;
-
 RPCError timedOut()
 {
     return {RPCError::Reason::TIMED_OUT, RETURN_TIMED_OUT, "Timed out"};
@@ -37,11 +33,11 @@ std::chrono::milliseconds remaining(RPCLink::Clock::time_point deadline)
     return std::max(left, std::chrono::milliseconds::zero());
 }
 
-FileDescriptor connectTo(const std::string& serverName, RPCLink::Clock::time_point deadline)
+/// @param patience  for a server that has many waiting already; 0: none
+FileDescriptor connectTo(const std::string& serverName, std::chrono::milliseconds patience)
 {
     const std::string path = RPCAddress::socketPath(serverName);
-    const sockaddr_un address = RPCAddress::socketAddress(path);
-    FileDescriptor socket = RPCAddress::connectTo(address, std::max(remaining(deadline), std::chrono::milliseconds(1)));
+    FileDescriptor socket = RPCAddress::connectTo(RPCAddress::socketAddress(path), patience);
     if (socket.isOpen())
         return socket;
     if (errno == EAGAIN)
@@ -60,7 +56,15 @@ RPCLink::Clock::time_point RPCLink::deadlineAfter(std::chrono::milliseconds pati
     return Clock::now() + std::min(patience, LONGEST);
 }
 
-RPCLink::RPCLink(const std::string& serverName, Clock::time_point deadline) : socket(connectTo(serverName, deadline)) {}
+FileDescriptor RPCLink::connectNow(const std::string& serverName)
+{
+    return connectTo(serverName, {});
+}
+
+RPCLink::RPCLink(const std::string& serverName, Clock::time_point deadline)
+    : socket(connectTo(serverName, std::max(remaining(deadline), std::chrono::milliseconds(1))))
+{
+}
 
 bool RPCLink::isClosed() const
 {
@@ -89,18 +93,12 @@ void RPCLink::send(std::string message, Clock::time_point deadline)
 
 std::optional<std::string> RPCLink::receive(Clock::time_point deadline, int wakeUp)
 {
-    std::array<char, 16 * 1024> buffer;
     for (;;) {
-        if (auto message = takeMessage())
+        if (auto message = input.takeMessage())
             return message;
-        if (input.size() > MESSAGE_LIMIT)
-            throw RPCError(RPCError::Reason::BAD_ANSWER, RETURN_REFUSED_BY_SYSTEM, "the server's message has no end");
         if (!wait(POLLIN, deadline, wakeUp))
             return std::nullopt;
-        const ssize_t size = recv(socket.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-        if (size > 0)
-            input.append(buffer.data(), static_cast<std::size_t>(size));
-        else if (size == 0 || (errno != EAGAIN && errno != EINTR))
+        if (input.receive(socket.get()) == RPCInput::Outcome::CLOSED)
             throw disconnected();
     }
 }
@@ -119,19 +117,6 @@ bool RPCLink::wait(short events, Clock::time_point deadline, int wakeUp)
         if (ready == 0 && remaining(deadline).count() == 0)
             throw timedOut();
     }
-}
-
-std::optional<std::string> RPCLink::takeMessage()
-{
-    const auto end = input.find('\n', searched);
-    if (end == input.npos) {
-        searched = input.size();
-        return std::nullopt;
-    }
-    std::string message = input.substr(0, end);
-    input.erase(0, end + 1);
-    searched = 0;
-    return message;
 }
 
 } // namespace Corvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RPCInput.h"
 #include <chrono>
 #include <corvane/common/FileDescriptor.h>
 #include <optional>
@@ -19,6 +20,9 @@ public:
     /// fits into the clock, and into the seconds of a 32-bit system.
     static Clock::time_point deadlineAfter(std::chrono::milliseconds patience);
 
+    /// Connects without waiting. @return a non-blocking socket. @throws RPCError  as the constructor does
+    static FileDescriptor connectNow(const std::string& serverName);
+
     /// Connects. @throws RPCError  NO_SERVER, TIMED_OUT, BAD_ADDRESS, SYSTEM_FAILURE
     RPCLink(const std::string& serverName, Clock::time_point deadline);
 
@@ -36,11 +40,13 @@ public:
 
 private:
     bool wait(short events, Clock::time_point deadline, int wakeUp);
-    std::optional<std::string> takeMessage();
+
+    /// An answer may be longer than a call: a description of a server, for instance. This bounds what a broken server
+    /// can do.
+    static constexpr std::size_t MESSAGE_LIMIT = 16 * 1024 * 1024;
 
     FileDescriptor socket;
-    std::string input;
-    std::size_t searched = 0; ///< so many bytes of `input` have no line feed
+    RPCInput input{MESSAGE_LIMIT};
 };
 
 } // namespace Corvane

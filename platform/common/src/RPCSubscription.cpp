@@ -4,7 +4,6 @@
 
 #include <array>
 #include <corvane/common/RPCError.h>
-#include <corvane/foundation/Serializer.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
@@ -20,18 +19,6 @@ constexpr std::chrono::seconds RECONNECT_DEADLINE{5};
 /// How soon it is tried again where no file will tell: the server is there but did not take the subscription, or the
 /// runtime folder cannot be watched, for it is gone as well.
 constexpr int RETRY_MS = 1000;
-
-std::string subscriptionParameters(const std::vector<std::string>& patterns)
-{
-    Serializer serializer;
-    serializer.beginObject("");
-    serializer.beginArray("notifications");
-    for (const std::string& pattern : patterns)
-        serializer.writeString("", pattern);
-    serializer.endArray("notifications");
-    serializer.endObject("");
-    return serializer.generate();
-}
 
 } // namespace
 
