@@ -1,5 +1,7 @@
 #include "box/EventLoop.h"
 
+#include "box/Containment.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -10,6 +12,21 @@
 
 namespace Procmand
 {
+
+namespace
+{
+
+constexpr const char* TAG = "EventLoop";
+/// How soon a timer is run again that lacked memory.
+constexpr std::chrono::milliseconds MEMORY_DELAY{100};
+
+/// @return what tells the events of a watch apart
+std::uint64_t eventOf(int descriptor, std::uint32_t number)
+{
+    return std::uint64_t{number} << 32 | static_cast<std::uint32_t>(descriptor);
+}
+
+} // namespace
 
 EventLoop::EventLoop(std::mutex& lock)
     : lock(lock), epoll(epoll_create1(EPOLL_CLOEXEC)), wakeUpEvent(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
@@ -35,7 +52,14 @@ EventLoop::Timer EventLoop::schedule(std::chrono::milliseconds delay, Task task)
     {
         std::lock_guard guard(mutex);
         timer = ++lastTimer;
-        timers.emplace(timer, TimedTask{Clock::now() + delay, std::move(task)});
+        const auto due = Clock::now() + delay;
+        const auto entry = timers.emplace(std::pair(due, timer), std::move(task)).first;
+        try {
+            dues.emplace(timer, due);
+        } catch (...) {
+            timers.erase(entry);
+            throw;
+        }
     }
     wakeUp();
     return timer;
@@ -44,19 +68,25 @@ EventLoop::Timer EventLoop::schedule(std::chrono::milliseconds delay, Task task)
 void EventLoop::cancel(Timer& timer)
 {
     std::lock_guard guard(mutex);
-    timers.erase(timer);
+    if (const auto due = dues.find(timer); due != dues.end()) {
+        timers.erase({due->second, timer});
+        dues.erase(due);
+    }
     timer = 0;
 }
 
 void EventLoop::watch(int descriptor, Task onReadable)
 {
-    {
-        std::lock_guard guard(mutex);
-        watches[descriptor] = std::make_shared<Task>(std::move(onReadable));
-    }
-    epoll_event event{.events = EPOLLIN, .data = {.fd = descriptor}};
-    if (epoll_ctl(epoll.get(), EPOLL_CTL_ADD, descriptor, &event) != 0)
-        throw std::system_error(errno, std::generic_category(), "cannot watch a descriptor");
+    std::lock_guard guard(mutex);
+    const auto [entry, isNew] =
+        watches.try_emplace(descriptor, Watch{++lastWatch, std::make_shared<Task>(std::move(onReadable))});
+    epoll_event event{.events = EPOLLIN, .data = {.u64 = eventOf(descriptor, lastWatch)}};
+    if (epoll_ctl(epoll.get(), EPOLL_CTL_ADD, descriptor, &event) == 0)
+        return;
+    const int error = errno;
+    if (isNew)
+        watches.erase(entry);
+    throw std::system_error(error, std::generic_category(), "cannot watch a descriptor");
 }
 
 void EventLoop::unwatch(int descriptor)
@@ -68,6 +98,7 @@ void EventLoop::unwatch(int descriptor)
 
 void EventLoop::run()
 {
+    runner = std::this_thread::get_id();
     std::array<epoll_event, 32> events{};
     while (!stopping) {
         const int count = epoll_wait(epoll.get(), events.data(), events.size(), findPatience());
@@ -79,11 +110,12 @@ void EventLoop::run()
         runDueTimers(now);
         for (int i = 0; i < count; ++i)
             // Looked up again each time: a task may unwatch what is to come.
-            if (const auto task = findWatch(events[static_cast<std::size_t>(i)].data.fd))
-                (*task)();
+            if (const auto task = findWatch(events[static_cast<std::size_t>(i)].data.u64))
+                contain(TAG, *task);
     }
     std::lock_guard guard(lock);
     runPosted();
+    runner = std::thread::id();
 }
 
 void EventLoop::stop()
@@ -92,15 +124,9 @@ void EventLoop::stop()
     wakeUp();
 }
 
-std::map<EventLoop::Timer, EventLoop::TimedTask>::iterator EventLoop::findNextTimer()
-{
-    return std::min_element(timers.begin(), timers.end(),
-                            [](const auto& one, const auto& other) { return one.second.due < other.second.due; });
-}
-
 void EventLoop::discard()
 {
-    std::deque<Task> tasks; // destroyed outside of the lock: what they own may post something once more
+    std::vector<Task> tasks; // destroyed outside of the lock: what they own may post something once more
     std::lock_guard guard(mutex);
     tasks.swap(posted);
 }
@@ -110,51 +136,67 @@ int EventLoop::findPatience()
     std::lock_guard guard(mutex);
     if (!posted.empty())
         return 0;
-    const auto next = findNextTimer();
-    if (next == timers.end())
+    if (timers.empty())
         return -1;
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(next->second.due - Clock::now()).count();
+    const Clock::time_point due = timers.begin()->first.first;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - Clock::now()).count();
     return static_cast<int>(std::clamp<decltype(left)>(left, 0, INT_MAX));
 }
 
 void EventLoop::runPosted()
 {
-    std::deque<Task> tasks;
+    std::vector<Task> tasks;
     {
         std::lock_guard guard(mutex);
         tasks.swap(posted);
     }
     for (const Task& task : tasks)
-        task();
+        contain(TAG, task);
 }
 
 void EventLoop::runDueTimers(Clock::time_point now)
 {
-    while (const std::optional<Task> task = takeDueTimer(now))
-        (*task)();
+    while (Timers::node_type timer = takeDueTimer(now))
+        contain(TAG, [&] {
+            try {
+                timer.mapped()();
+            } catch (const std::bad_alloc&) {
+                runAgain(std::move(timer));
+                throw;
+            }
+        });
 }
 
-std::optional<EventLoop::Task> EventLoop::takeDueTimer(Clock::time_point now)
+EventLoop::Timers::node_type EventLoop::takeDueTimer(Clock::time_point now)
 {
     std::lock_guard guard(mutex);
-    const auto next = findNextTimer();
-    if (next == timers.end() || next->second.due > now)
-        return std::nullopt;
-    Task task = std::move(next->second.task);
-    timers.erase(next);
-    return task;
+    if (timers.empty() || timers.begin()->first.first > now)
+        return {};
+    dues.erase(timers.begin()->first.second);
+    return timers.extract(timers.begin());
 }
 
-std::shared_ptr<EventLoop::Task> EventLoop::findWatch(int descriptor)
+void EventLoop::runAgain(Timers::node_type timer)
 {
     std::lock_guard guard(mutex);
+    timer.key().first = Clock::now() + MEMORY_DELAY;
+    timers.insert(std::move(timer));
+}
+
+std::shared_ptr<EventLoop::Task> EventLoop::findWatch(std::uint64_t event)
+{
+    std::lock_guard guard(mutex);
+    const auto descriptor = static_cast<int>(event & UINT32_MAX);
     const auto found = watches.find(descriptor);
-    return found == watches.end() ? nullptr : found->second;
+    if (found == watches.end() || eventOf(descriptor, found->second.number) != event)
+        return nullptr;
+    return found->second.onReadable;
 }
 
 void EventLoop::wakeUp()
 {
-    eventfd_write(wakeUpEvent.get(), 1);
+    if (runner.load() != std::this_thread::get_id())
+        eventfd_write(wakeUpEvent.get(), 1);
 }
 
 } // namespace Procmand

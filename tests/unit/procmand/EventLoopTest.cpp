@@ -2,9 +2,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <string>
 #include <sys/eventfd.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace Procmand
@@ -14,6 +16,9 @@ namespace
 
 using std::chrono::milliseconds;
 using testing::ElementsAre;
+
+/// How often a loop was woken up.
+std::atomic<unsigned int> wakeUps{0};
 
 class EventLoopTest : public testing::Test
 {
@@ -26,6 +31,18 @@ protected:
 };
 
 } // namespace
+
+} // namespace Procmand
+
+/// The test's own in the place of the C library's, which writes the number the same way.
+extern "C" int eventfd_write(int descriptor, eventfd_t value)
+{
+    ++Procmand::wakeUps;
+    return write(descriptor, &value, sizeof value) == sizeof value ? 0 : -1;
+}
+
+namespace Procmand
+{
 
 TEST_F(EventLoopTest, RunsWhatIsPostedInItsOrderAndUnderTheLock)
 {
@@ -137,6 +154,95 @@ TEST_F(EventLoopTest, DropsWhatComesTooLateWithWhatItOwns)
 TEST_F(EventLoopTest, RefusesToWatchWhatCannotBeWatched)
 {
     EXPECT_THROW(loop.watch(-1, [] {}), std::system_error);
+}
+
+TEST_F(EventLoopTest, KeepsTheWatchOfADescriptorThatIsWatchedAlready)
+{
+    const Corvane::FileDescriptor event(eventfd(1, EFD_CLOEXEC));
+    loop.watch(event.get(), [&] {
+        note("first");
+        loop.stop();
+    });
+    EXPECT_THROW(loop.watch(event.get(), [&] { note("second"); }), std::system_error);
+    loop.run();
+
+    EXPECT_THAT(notes, ElementsAre("first"));
+}
+
+TEST_F(EventLoopTest, GoesOnWhateverATaskThrows)
+{
+    const Corvane::FileDescriptor event(eventfd(1, EFD_CLOEXEC));
+    loop.watch(event.get(), [&] {
+        loop.unwatch(event.get());
+        note("watch");
+        throw 1; // of no known type
+    });
+    loop.post([&] {
+        note("posted");
+        throw std::runtime_error("a test's");
+    });
+    loop.schedule(milliseconds(0), [&] {
+        note("timer");
+        throw std::runtime_error("a test's");
+    });
+    loop.schedule(milliseconds(20), [&] { loop.stop(); });
+    loop.run();
+
+    EXPECT_THAT(notes, ElementsAre("posted", "timer", "watch"));
+}
+
+TEST_F(EventLoopTest, RunsATimerAgainThatLacksMemory)
+{
+    loop.schedule(milliseconds(0), [&] {
+        note("try");
+        if (notes.size() < 3)
+            throw std::bad_alloc();
+        loop.stop();
+    });
+    loop.run();
+
+    EXPECT_THAT(notes, ElementsAre("try", "try", "try"));
+}
+
+TEST_F(EventLoopTest, DoesNotGiveAnEventToAWatchThatGotTheDescriptorOfAnother)
+{
+    Corvane::FileDescriptor one(eventfd(1, EFD_CLOEXEC));
+    Corvane::FileDescriptor other(eventfd(1, EFD_CLOEXEC));
+    // Whichever comes first, closes the other one, whose number a quiet one gets; both events are there already.
+    const auto replace = [&](Corvane::FileDescriptor& first, Corvane::FileDescriptor& second) {
+        loop.unwatch(first.get());
+        loop.unwatch(second.get());
+        const int number = second.get();
+        second.reset();
+        second.reset(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+        EXPECT_EQ(second.get(), number);
+        loop.watch(second.get(), [&] { note("an event of another"); });
+        loop.schedule(milliseconds(20), [&] { loop.stop(); });
+    };
+    loop.watch(one.get(), [&] { replace(one, other); });
+    loop.watch(other.get(), [&] { replace(other, one); });
+    loop.run();
+
+    EXPECT_TRUE(notes.empty());
+}
+
+TEST_F(EventLoopTest, IsNotWokenUpByWhatItsOwnTasksBegin)
+{
+    const Corvane::FileDescriptor event(eventfd(1, EFD_CLOEXEC));
+    // With a wake-up of its own the loop would go round once more before the timer is due, at no cost but a system
+    // call: so the calls are counted.
+    loop.watch(event.get(), [&] {
+        loop.unwatch(event.get());
+        wakeUps = 0;
+        for (int i = 0; i < 10; ++i) {
+            EventLoop::Timer timer = loop.schedule(milliseconds(1000), [] {});
+            loop.cancel(timer);
+            loop.post([] {});
+        }
+        EXPECT_EQ(wakeUps, 0U);
+        loop.stop();
+    });
+    loop.run();
 }
 
 } // namespace Procmand
