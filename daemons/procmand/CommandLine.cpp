@@ -55,6 +55,7 @@ void addOptions(CLI::App& app, Settings& settings)
     addSeconds(app, "--terminate-deadline", settings.terminateDeadline, "How long it may take to terminate when asked");
     addSeconds(app, "--term-deadline", settings.termDeadline, "How long it may take to end after SIGTERM");
     addSeconds(app, "--kill-deadline", settings.killDeadline, "How long it may take to end after SIGKILL");
+    addSeconds(app, "--abort-deadline", settings.abortDeadline, "How long it may live on once it has said it aborts");
     addSeconds(app, "--restart-delay", settings.restartDelay,
                "Delay of the first restart; each further one doubles it");
     addSeconds(app, "--restart-delay-limit", settings.restartDelayLimit, "The longest delay of a restart");

@@ -3,6 +3,7 @@
 #include "box/ServerSocket.h"
 #include "launch/Launcher.h"
 
+#include <corvane/common/RPCClient.h>
 #include <corvane/foundation/DebugPrint.h>
 #include <csignal>
 #include <cstring>

@@ -8,8 +8,8 @@ namespace Procmand
 namespace
 {
 
-/// A hundred applications may be slow to answer at once; a thread that waits costs little.
-constexpr unsigned int WORKER_LIMIT = 128;
+/// Nothing waits for an application here but the moves of the focus, which are made one after the other.
+constexpr unsigned int WORKERS = 8;
 
 const char* phaseOf(const ManagedApplication& application)
 {
@@ -33,7 +33,7 @@ Box::Box(Settings settings, Notices::Sink sink)
       files(this->settings.stateFolder + "/output"),
       history(this->settings.stateFolder + "/history.jsonl"),
       windows(this->settings.windowLimit),
-      workers(WORKER_LIMIT)
+      workers(WORKERS)
 {
 }
 

@@ -6,7 +6,6 @@
 #include "screen/Placement.h"
 
 #include <chrono>
-#include <corvane/common/RPCClient.h>
 #include <corvane/interfaces/ILifecycleManagement.h>
 #include <map>
 #include <memory>
@@ -47,18 +46,18 @@ struct ManagedApplication {
     EventLoop::Timer lastWordsTimer = 0;
 
     /// What the control server told.
-    std::shared_ptr<Corvane::RPCClient> connection;
-    bool isConnecting = false;
-    bool isConnected = false;
-    bool serverAppeared = false; ///< while a connection was being made
-    std::string socketFile;      ///< of the control server, once it was needed
-    std::string state;           ///< empty until the application tells it
+    bool isConnected = false; ///< it has answered the subscription
+    std::string socketFile;   ///< of the control server, once it was needed
+    std::string state;        ///< empty until the application tells it
     std::string previousState;
     Hearing hearing = Hearing::NOTHING;
     std::string announcedState = Corvane::ILifecycleManagement::STATE_UNINITIALIZED; ///< by it or in its name
     std::string lateState; ///< what it told when it was asked, until that is announced in its name
     EventLoop::Timer lateStateTimer = 0;
     EventLoop::Timer keepAliveTimer = 0;
+    Clock::time_point lastSign;      ///< of life; since then its silence is counted
+    bool wasAlive = false;           ///< a keep-alive of this process has been announced
+    EventLoop::Timer abortTimer = 0; ///< since it said that it aborts
     bool ranAway = false;
 
     /// The stop that is under way.

@@ -47,6 +47,14 @@ void Notices::onStateChange(const std::string& uid, const std::string& oldState,
     });
 }
 
+void Notices::onKeepAlive(const std::string& uid, const std::string& state) const
+{
+    announce("IApplication::onKeepAlive", [&](Serializer& serializer) {
+        serializer.writeString("uid", uid);
+        serializer.writeString("state", state);
+    });
+}
+
 void Notices::onLaunch(const std::string& uid, pid_t pid, const std::string& program, unsigned int restarts) const
 {
     announce("IApplicationManager::onLaunch", [&](Serializer& serializer) {

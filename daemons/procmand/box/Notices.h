@@ -25,6 +25,7 @@ public:
     void pass(const std::string& name, const std::string& payload) const;
     /// Announces in an application's name what it could not tell itself.
     void onStateChange(const std::string& uid, const std::string& oldState, const std::string& newState) const;
+    void onKeepAlive(const std::string& uid, const std::string& state) const;
 
     void onLaunch(const std::string& uid, pid_t pid, const std::string& program, unsigned int restarts) const;
     void onLaunchFailure(const std::string& uid, const std::string& program, const std::string& reason) const;

@@ -20,6 +20,8 @@ struct Settings {
     Duration terminateDeadline{10000};
     Duration termDeadline{5000};
     Duration killDeadline{5000};
+    /// How long an application may live on that has announced that it aborts.
+    Duration abortDeadline{2000};
     /// The delay before the first restart; each further one is twice as long, up to the longest.
     Duration restartDelay{1000};
     Duration restartDelayLimit{60000};

@@ -1,9 +1,32 @@
 #include "box/Workers.h"
 
+#include "box/Containment.h"
+
+#include <system_error>
+
 namespace Procmand
 {
 
-Workers::Workers(unsigned int limit) : limit(limit) {}
+namespace
+{
+
+constexpr const char* TAG = "Workers";
+
+} // namespace
+
+Workers::Workers(unsigned int count)
+{
+    threads.reserve(count);
+    try {
+        while (threads.size() < count)
+            threads.emplace_back([this] { work(); });
+    } catch (const std::system_error& error) {
+        if (threads.empty())
+            throw;
+        Corvane::corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", TAG, __LINE__,
+                                   "%zu threads of %u have to do: %s\n", threads.size(), count, error.what());
+    }
+}
 
 Workers::~Workers()
 {
@@ -29,8 +52,6 @@ void Workers::run(Job job)
         if (ending)
             return;
         jobs.push_back(std::move(job));
-        if (jobs.size() > idle && threads.size() < limit)
-            threads.emplace_back([this] { work(); });
     }
     changed.notify_one();
 }
@@ -39,16 +60,14 @@ void Workers::work()
 {
     std::unique_lock lock(mutex);
     for (;;) {
-        ++idle;
         changed.wait(lock, [this] { return ending || !jobs.empty(); });
-        --idle;
         if (jobs.empty())
             return;
         {
             const Job job = std::move(jobs.front());
             jobs.pop_front();
             lock.unlock();
-            job();
+            contain(TAG, job);
         } // the job is destroyed outside of the lock: what it owns may take its time to go
         lock.lock();
     }

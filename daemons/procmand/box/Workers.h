@@ -10,21 +10,23 @@
 namespace Procmand
 {
 
-/// Threads for what has to wait: remote calls and the starting of programs.
+/// Threads for what has to wait: the starting of programs, and calls that are made one after the other.
 ///
-/// A job that finds every thread busy gets a new one, up to the limit; then it waits for its turn. Thread-safe.
+/// All of them are made at construction, so that no job waits for a thread that the system refuses. Thread-safe.
 /// Destruction finishes them.
 class Workers
 {
 public:
     using Job = std::function<void()>;
 
-    explicit Workers(unsigned int limit);
+    /// @param count  of threads; where the system has fewer for them, these do the work
+    /// @throws std::system_error  it has none
+    explicit Workers(unsigned int count);
     ~Workers();
     Workers(const Workers&) = delete;
     Workers& operator=(const Workers&) = delete;
 
-    /// @param job  must not throw
+    /// Runs the job as soon as a thread is free. What it throws is logged.
     void run(Job job);
     /// Runs the jobs that are left, and ends the threads. Later jobs are not run. Not for a job to call.
     void finish();
@@ -32,12 +34,10 @@ public:
 private:
     void work();
 
-    const unsigned int limit;
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<Job> jobs;
     std::vector<std::thread> threads;
-    unsigned int idle = 0;
     bool ending = false;
 };
 

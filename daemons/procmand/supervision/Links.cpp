@@ -2,12 +2,13 @@
 
 #include "box/ServerSocket.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <corvane/common/RPCError.h>
 #include <corvane/foundation/DebugPrint.h>
 #include <corvane/foundation/Deserializer.h>
-#include <corvane/foundation/Exception.h>
+#include <corvane/foundation/ReturnCode.h>
 #include <sys/inotify.h>
 #include <system_error>
 
@@ -17,10 +18,10 @@ namespace Procmand
 namespace
 {
 
-using Corvane::RPCClient;
+using Corvane::corvaneDebugPrint;
 using Corvane::RPCError;
 
-/// How soon a server is tried again that did not answer the first time.
+/// How soon a server is tried again that did not answer, or whose link did not last so long.
 constexpr std::chrono::seconds RETRY_DELAY{1};
 /// How soon a socket is looked at again while names change hands, which takes a moment each; and how often.
 constexpr std::chrono::milliseconds REMOVAL_DELAY{50};
@@ -33,11 +34,16 @@ std::string socketFileOf(const std::string& uid)
     return path.substr(path.rfind('/') + 1);
 }
 
+/// @return the result of a call; a T of nothing where there is none, or it is none
 template <class T>
-T readResult(const std::string& result)
-{
-    Corvane::Deserializer deserializer("{\"result\":" + result + "}");
+T readResult(const std::string* result)
+try {
+    if (result == nullptr)
+        return {};
+    Corvane::Deserializer deserializer("{\"result\":" + *result + "}");
     return Corvane::deserialize<T>("result", deserializer);
+} catch (const Corvane::SerialError&) {
+    return {};
 }
 
 } // namespace
@@ -74,126 +80,142 @@ void Links::onServerFile(const std::string& fileName)
     for (auto& [uid, application] : box.registry.getAll()) {
         if (application.socketFile.empty())
             application.socketFile = socketFileOf(uid);
-        if (application.isAlive() && application.socketFile == fileName) {
-            application.serverAppeared = true;
+        if (application.isAlive() && application.socketFile == fileName)
             connect(application);
-        }
     }
 }
 
 void Links::connect(ManagedApplication& application)
 {
-    if (application.isConnecting || application.connection)
+    if (links.contains(application.uid))
         return;
-    application.isConnecting = true;
-    application.serverAppeared = false;
-    box.workers.run([this, uid = application.uid, generation = application.generation] { subscribe(uid, generation); });
-}
-
-void Links::subscribe(const std::string& uid, unsigned long generation)
-{
-    auto connection = std::make_shared<RPCClient>(serverNameOf(uid));
-    Failure failure = Failure::NONE;
+    const auto opening =
+        std::count_if(links.begin(), links.end(), [](const auto& entry) { return entry.second.deadline != 0; });
+    if (static_cast<std::size_t>(opening) >= OPENING_LIMIT)
+        return connectLater(application, RETRY_DELAY);
     try {
-        connection->subscribe(
-            {"*"},
-            [this, uid, generation](const std::string& name, const std::string& payload) {
-                box.loop.post([this, uid, generation, name, payload] {
-                    if (ManagedApplication* const application = box.registry.find(uid, generation))
-                        listener.onNotification(*application, name, payload);
-                });
-            },
-            [this, uid, generation](bool connected) {
-                box.loop.post([this, uid, generation, connected] { onConnectionChange(uid, generation, connected); });
-            },
-            box.settings.callDeadline);
+        open(application);
     } catch (const RPCError& error) {
-        failure = findFailure(error);
-    } catch (const Corvane::Exception&) {
-        failure = Failure::OTHER; // the system has no thread for it now
+        drop(application.uid);
+        // Where there is no server yet, its file will tell of it.
+        if (error.getReason() == RPCError::Reason::NO_SERVER)
+            return;
+        connectLater(application, RETRY_DELAY);
+        if (error.getReason() == RPCError::Reason::TIMED_OUT)
+            listener.onSilence(application);
+    } catch (const std::exception& error) {
+        corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Links", __LINE__, "%s cannot be listened to: %s\n",
+                          application.uid.c_str(), error.what());
+        drop(application.uid);
+        connectLater(application, RETRY_DELAY);
     }
-    if (failure != Failure::NONE)
-        connection.reset();
-    box.loop.post([this, uid, generation, connection = std::move(connection), failure]() mutable {
-        finishConnecting(uid, generation, std::move(connection), failure);
+}
+
+void Links::open(const ManagedApplication& application)
+{
+    const std::string uid = application.uid;
+    Link::IListener& self = *this;
+    Entry& entry = links[uid];
+    entry.link = std::make_shared<Link>(box, uid, self);
+    entry.deadline = box.loop.schedule(box.settings.callDeadline, [this, uid] { onSubscriptionDeadline(uid); });
+    entry.link->subscribe([this, uid](const std::string* result, const std::string&) { onSubscribed(uid, result); });
+    // In the same breath: what was missed so far is to be known soon.
+    askForState(uid);
+    entry.link->start();
+}
+
+void Links::connectLater(const ManagedApplication& application, std::chrono::milliseconds delay)
+{
+    box.loop.schedule(delay, [this, uid = application.uid, generation = application.generation] {
+        if (ManagedApplication* const again = box.registry.find(uid, generation); again != nullptr && !again->end)
+            connect(*again);
     });
 }
 
-Links::Failure Links::findFailure(const RPCError& error)
+void Links::onSubscribed(const std::string& uid, const std::string* result)
 {
-    switch (error.getReason()) {
-    case RPCError::Reason::NO_SERVER:
-        return Failure::NO_SERVER;
-    case RPCError::Reason::TIMED_OUT:
-        return Failure::SILENCE;
-    default:
-        return Failure::OTHER;
+    ManagedApplication& application = box.registry.require(uid);
+    if (result == nullptr) {
+        connectLater(application, RETRY_DELAY);
+        return drop(uid);
     }
+    setConnected(application);
 }
 
-void Links::finishConnecting(const std::string& uid, unsigned long generation, std::shared_ptr<RPCClient> connection,
-                             Failure failure)
+void Links::setConnected(ManagedApplication& application)
 {
-    ManagedApplication* const application = box.registry.find(uid, generation);
-    // One whose process has ended may have last words to say; who waits for none has renewed the application.
-    if (application == nullptr) {
-        // Too late. To end a subscription takes a moment, which is not the loop's to wait.
-        box.workers.run([connection = std::move(connection)] {});
+    if (std::exchange(application.isConnected, true))
         return;
-    }
-    application->isConnecting = false;
-    application->connection = std::move(connection);
-    if (application->connection)
-        return;
-    if (failure == Failure::SILENCE)
-        listener.onSilence(*application);
-    // Where there is no server yet, its file will tell of it.
-    if (application->serverAppeared || failure != Failure::NO_SERVER)
-        box.loop.schedule(application->serverAppeared ? std::chrono::milliseconds::zero() : RETRY_DELAY,
-                          [this, uid, generation] {
-                              if (ManagedApplication* const again = box.registry.find(uid, generation))
-                                  connect(*again);
-                          });
+    box.loop.cancel(links.at(application.uid).deadline);
+    listener.onConnected(application);
 }
 
-void Links::onConnectionChange(const std::string& uid, unsigned long generation, bool connected)
+void Links::onSubscriptionDeadline(const std::string& uid)
 {
-    ManagedApplication* const application = box.registry.find(uid, generation);
-    if (application == nullptr)
-        return;
-    application->isConnected = connected;
-    if (!connected)
-        return listener.onDisconnected(*application);
-    listener.onConnected(*application);
-    box.workers.run([this, uid, generation] { askForState(uid, generation); });
+    ManagedApplication& application = box.registry.require(uid);
+    connectLater(application, RETRY_DELAY);
+    drop(uid);
+    listener.onSilence(application);
 }
 
-void Links::askForState(const std::string& uid, unsigned long generation)
+void Links::askForState(const std::string& uid)
 {
-    RPCClient client(serverNameOf(uid));
-    std::string state;
-    bool isFocused = false;
-    try {
-        state = readResult<std::string>(client.call("IApplication::getState", "{}", box.settings.callDeadline));
-        isFocused = readResult<bool>(client.call("IWindow::isFocused", "{}", box.settings.callDeadline));
-    } catch (const std::exception&) {
-        // A service has no focus; and an application that does not answer is noticed by its silence.
-    }
-    box.loop.post([this, uid, generation, state, isFocused] {
-        ManagedApplication* const application = box.registry.find(uid, generation);
-        // What the application has announced in the meantime is newer.
-        if (application != nullptr && application->hearing != Hearing::ANNOUNCED && !state.empty())
-            listener.onState(*application, state, isFocused);
+    // A service has no focus; and an application that does not answer is noticed by its silence.
+    const auto state = std::make_shared<std::string>();
+    Link& link = *links.at(uid).link;
+    link.call("IApplication::getState", "{}",
+              [state](const std::string* result, const std::string&) { *state = readResult<std::string>(result); });
+    link.call("IWindow::isFocused", "{}", [this, uid, state](const std::string* result, const std::string&) {
+        ManagedApplication& application = box.registry.require(uid);
+        if (application.isConnected && !state->empty())
+            listener.onState(application, *state, readResult<bool>(result));
     });
+}
+
+void Links::call(const ManagedApplication& application, const std::string& method, const std::string& parameters,
+                 Link::AnswerHandler onAnswer)
+{
+    const auto entry = links.find(application.uid);
+    if (entry == links.end())
+        throw RPCError(RPCError::Reason::NO_SERVER, Corvane::RETURN_REFUSED_BY_SYSTEM,
+                       "there is no link to " + application.uid);
+    entry->second.link->call(method, parameters, std::move(onAnswer));
+}
+
+void Links::onNotification(const std::string& uid, const std::string& name, const std::string& payload)
+{
+    ManagedApplication& application = box.registry.require(uid);
+    // It may come before the answer to the subscription, and says the same.
+    setConnected(application);
+    listener.onNotification(application, name, payload);
+}
+
+void Links::onLinkEnd(const std::string& uid)
+{
+    ManagedApplication& application = box.registry.require(uid);
+    // One that ends again and again is not listened to without a pause.
+    const bool wasLong = Pace::Clock::now() - links.at(uid).link->getStart() >= RETRY_DELAY;
+    connectLater(application, wasLong ? std::chrono::milliseconds::zero() : RETRY_DELAY);
+    drop(uid);
+    if (std::exchange(application.isConnected, false))
+        listener.onDisconnected(application);
+}
+
+void Links::drop(const std::string& uid)
+{
+    const auto entry = links.find(uid);
+    if (entry == links.end())
+        return;
+    box.loop.cancel(entry->second.deadline);
+    if (entry->second.link)
+        entry->second.link->close();
+    links.erase(entry);
 }
 
 void Links::disconnect(ManagedApplication& application)
 {
-    if (application.connection)
-        box.workers.run([connection = std::move(application.connection)] {});
-    application.connection.reset();
+    drop(application.uid);
     application.isConnected = false;
-    application.isConnecting = false;
 }
 
 void Links::removeSocket(const std::string& uid)

@@ -1,7 +1,5 @@
 #include "supervision/Stopper.h"
 
-#include "box/ServerSocket.h"
-
 #include <corvane/foundation/DebugPrint.h>
 #include <corvane/interfaces/ILifecycleManagement.h>
 #include <csignal>
@@ -14,27 +12,22 @@ namespace
 
 enum Stage : unsigned int { ASKED, TERMINATED, KILLED, GIVEN_UP };
 
-/// @return whether the application answered
-bool sendRequest(const std::string& uid, StopPurpose purpose, Settings::Duration deadline)
+struct Request {
+    const char* method;
+    std::string parameters;
+};
+
+Request findRequest(StopPurpose purpose)
 {
-    try {
-        Corvane::RPCClient client(serverNameOf(uid));
-        if (purpose == StopPurpose::RUNAWAY)
-            client.call("IApplication::setState",
-                        R"({"requestedState":")" + Corvane::ILifecycleManagement::STATE_RUNAWAY + R"("})", deadline);
-        else
-            client.call("IApplication::terminate", "{}", deadline);
-        return true;
-    } catch (const std::exception& error) {
-        Corvane::corvaneDebugPrint(Corvane::DEBUG_INFO, "procmand", "Stopper", __LINE__, "%s: %s\n", uid.c_str(),
-                                   error.what());
-        return false;
-    }
+    if (purpose != StopPurpose::RUNAWAY)
+        return {"IApplication::terminate", "{}"};
+    return {"IApplication::setState",
+            R"({"requestedState":")" + Corvane::ILifecycleManagement::STATE_RUNAWAY + R"("})"};
 }
 
 } // namespace
 
-Stopper::Stopper(Box& box) : box(box) {}
+Stopper::Stopper(Box& box, Links& links) : box(box), links(links) {}
 
 void Stopper::begin(ManagedApplication& application, StopPurpose purpose)
 {
@@ -42,6 +35,14 @@ void Stopper::begin(ManagedApplication& application, StopPurpose purpose)
     application.stopPurpose = purpose;
     if (!isUnderWay)
         enter(application, application.isConnected ? ASKED : TERMINATED);
+}
+
+void Stopper::kill(ManagedApplication& application, StopPurpose purpose)
+{
+    if (application.stopPurpose == StopPurpose::NONE)
+        application.stopPurpose = purpose;
+    if (application.stopTimer == 0 || application.stopStage < KILLED)
+        enter(application, KILLED);
 }
 
 std::string Stopper::finish(ManagedApplication& application)
@@ -71,16 +72,25 @@ void Stopper::ask(ManagedApplication& application)
     const Settings::Duration deadline =
         purpose == StopPurpose::RUNAWAY ? box.settings.callDeadline : box.settings.terminateDeadline;
     enterLater(application, deadline, TERMINATED);
-    box.workers.run([this, uid = application.uid, generation = application.generation, purpose, deadline] {
-        if (sendRequest(uid, purpose, deadline))
-            return;
-        box.loop.post([this, uid, generation] {
-            ManagedApplication* const unreachable = box.registry.find(uid, generation);
-            if (unreachable != nullptr && unreachable->isAlive() && unreachable->stopTimer != 0 &&
-                unreachable->stopStage == ASKED)
-                enter(*unreachable, TERMINATED);
-        });
-    });
+    try {
+        const Request request = findRequest(purpose);
+        links.call(application, request.method, request.parameters,
+                   [this, uid = application.uid](const std::string* result, const std::string& problem) {
+                       if (result == nullptr)
+                           onRefusal(uid, problem);
+                   });
+    } catch (const Corvane::RPCError& error) {
+        onRefusal(application.uid, error.what());
+    }
+}
+
+void Stopper::onRefusal(const std::string& uid, const std::string& problem)
+{
+    Corvane::corvaneDebugPrint(Corvane::DEBUG_INFO, "procmand", "Stopper", __LINE__, "%s: %s\n", uid.c_str(),
+                               problem.c_str());
+    ManagedApplication& application = box.registry.require(uid);
+    if (application.isAlive() && application.stopTimer != 0 && application.stopStage == ASKED)
+        enter(application, TERMINATED);
 }
 
 void Stopper::signal(ManagedApplication& application, int signal, Settings::Duration deadline)

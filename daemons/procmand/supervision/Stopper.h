@@ -1,6 +1,6 @@
 #pragma once
 
-#include "box/Box.h"
+#include "supervision/Links.h"
 
 namespace Procmand
 {
@@ -11,22 +11,27 @@ namespace Procmand
 class Stopper
 {
 public:
-    explicit Stopper(Box& box);
+    Stopper(Box& box, Links& links);
 
     /// Begins to stop a living application, or gives the stop that is under way another purpose. One that has a control
     /// server is asked to terminate, or, for RUNAWAY, to take that state.
     void begin(ManagedApplication& application, StopPurpose purpose);
+    /// Goes on to SIGKILL at once. @param purpose  of a stop that was not under way yet
+    void kill(ManagedApplication& application, StopPurpose purpose);
     /// The application has ended. @return what brought it down: "terminate", "SIGTERM" or "SIGKILL"
     std::string finish(ManagedApplication& application);
 
 private:
     void enter(ManagedApplication& application, unsigned int stage);
     void ask(ManagedApplication& application);
+    /// The application has not taken the request, or not understood it.
+    void onRefusal(const std::string& uid, const std::string& problem);
     void signal(ManagedApplication& application, int signal, Settings::Duration deadline);
     void giveUp(ManagedApplication& application);
     void enterLater(ManagedApplication& application, Settings::Duration delay, unsigned int stage);
 
     Box& box;
+    Links& links;
 };
 
 } // namespace Procmand

@@ -1,5 +1,6 @@
 #include "supervision/Supervisor.h"
 
+#include "box/Containment.h"
 #include "box/ServerSocket.h"
 #include "launch/Launcher.h"
 #include "launch/Token.h"
@@ -10,6 +11,7 @@
 #include <corvane/interfaces/IApplicationManager.h>
 #include <corvane/interfaces/ILifecycleManagement.h>
 #include <stdexcept>
+#include <system_error>
 
 namespace Procmand
 {
@@ -23,6 +25,8 @@ using Phase = ManagedApplication::Phase;
 
 /// How long the last words of a process that has ended are waited for.
 constexpr std::chrono::seconds LAST_WORDS_DEADLINE{1};
+/// How soon it is tried again to watch a process that the system had no room to watch.
+constexpr std::chrono::seconds WATCH_DELAY{1};
 /// A deadline that is noticed so late passed while this process itself was held up.
 constexpr std::chrono::seconds HELD_UP{1};
 
@@ -39,7 +43,7 @@ std::string findType(std::vector<std::string> command)
 } // namespace
 
 Supervisor::Supervisor(Box& box, FocusControl& focus, WindowService& windows)
-    : box(box), focus(focus), windows(windows), states(box), stopper(box), links(box, *this)
+    : box(box), focus(focus), windows(windows), states(box), links(box, *this), stopper(box, links)
 {
 }
 
@@ -91,12 +95,15 @@ void Supervisor::startProgram(ManagedApplication& application)
         } catch (const std::exception& error) {
             problem = error.what();
         }
-        box.loop.post([this, uid, generation, process, problem] {
-            ManagedApplication* const application = box.registry.find(uid, generation);
-            if (process)
-                onStarted(*application, std::move(*process));
-            else
-                onStartFailure(*application, problem);
+        // What came of it must be known, however short memory is.
+        insist([&] {
+            box.loop.post([this, uid, generation, process, problem] {
+                ManagedApplication* const application = box.registry.find(uid, generation);
+                if (process)
+                    onStarted(*application, std::move(*process));
+                else
+                    onStartFailure(*application, problem);
+            });
         });
     });
 }
@@ -127,13 +134,27 @@ void Supervisor::watch(ManagedApplication& application, Process process)
 {
     application.phase = Phase::RUNNING;
     application.process = std::move(process);
+    application.wasAlive = false;
     box.history.append(makeStartRecord(application).write());
-    box.loop.watch(application.process->getDescriptor(),
-                   [this, uid = application.uid, generation = application.generation] {
-                       if (ManagedApplication* const ended = box.registry.find(uid, generation))
-                           onProcessEnd(*ended);
-                   });
+    watchProcess(application);
     links.connect(application);
+}
+
+void Supervisor::watchProcess(ManagedApplication& application)
+{
+    const auto onLoop = [this, uid = application.uid, generation = application.generation](auto step) {
+        return [this, uid, generation, step] {
+            if (ManagedApplication* const watched = box.registry.find(uid, generation))
+                (this->*step)(*watched);
+        };
+    };
+    try {
+        box.loop.watch(application.process->getDescriptor(), onLoop(&Supervisor::onProcessEnd));
+    } catch (const std::system_error& error) {
+        corvaneDebugPrint(Corvane::DEBUG_ERROR, "procmand", "Supervisor", __LINE__, "%s: %s; tried again\n",
+                          application.uid.c_str(), error.what());
+        box.loop.schedule(WATCH_DELAY, onLoop(&Supervisor::watchProcess));
+    }
 }
 
 bool Supervisor::adopt(const std::string& uid, pid_t pid)
@@ -273,26 +294,81 @@ void Supervisor::onNotification(ManagedApplication& application, const std::stri
             (!name.starts_with("IApplication::on") && !name.starts_with("IWindow::on")) ||
             name.find_first_of("\"\\\n") != name.npos)
             return;
-        if (name == "IApplication::onKeepAlive" && !application.end)
-            awaitKeepAlive(application);
-        if (name != "IApplication::onStateChange" ||
-            states.onAnnounced(application, Corvane::deserialize<std::string>("oldState", deserializer),
-                               Corvane::deserialize<std::string>("newState", deserializer)))
-            box.notices.pass(name, payload);
+        if (name == "IApplication::onStateChange")
+            return onStateChange(application, payload, deserializer);
+        if (name == "IApplication::onKeepAlive")
+            onKeepAlive(application, Corvane::deserialize<std::string>("state", deserializer));
+        box.notices.pass(name, payload);
         if (name == "IWindow::onFocusChange")
             focus.onAnnounced(application.uid, Corvane::deserialize<bool>("newIsFocused", deserializer));
-        if (name == "IApplication::onStateChange")
-            giveFocusBack(application);
     } catch (const Corvane::SerialError&) {
         // What an application says wrongly is its own affair.
     }
 }
 
+void Supervisor::onStateChange(ManagedApplication& application, const std::string& payload,
+                               Corvane::Deserializer& deserializer)
+{
+    const auto newState = Corvane::deserialize<std::string>("newState", deserializer);
+    if (states.onAnnounced(application, Corvane::deserialize<std::string>("oldState", deserializer), newState))
+        box.notices.pass("IApplication::onStateChange", payload);
+    noteAbort(application, newState);
+    giveFocusBack(application);
+}
+
+void Supervisor::onKeepAlive(ManagedApplication& application, const std::string& state)
+{
+    application.wasAlive = true;
+    // The thread that says so goes on while another one hangs in the handler of a fatal signal.
+    if (state == ILifecycleManagement::STATE_ABORTED)
+        noteAbort(application, state);
+    else if (!application.end)
+        awaitKeepAlive(application);
+}
+
 void Supervisor::onState(ManagedApplication& application, const std::string& state, bool isFocused)
 {
+    makeUpForKeepAlive(application, state);
+    // What the application has announced in the meantime is newer.
+    if (application.hearing == Hearing::ANNOUNCED)
+        return;
     states.onTold(application, state);
+    noteAbort(application, state);
     focus.onAnnounced(application.uid, isFocused);
     giveFocusBack(application);
+}
+
+void Supervisor::makeUpForKeepAlive(ManagedApplication& application, const std::string& state)
+{
+    // An application proves that it lives as soon as it initialises, which may be before it is listened to. Its answer
+    // proves the same.
+    const bool hasBegun =
+        state != ILifecycleManagement::STATE_UNINITIALIZED && !ILifecycleManagement::isApplicationTerminated(state);
+    if (hasBegun && !std::exchange(application.wasAlive, true))
+        box.notices.onKeepAlive(application.uid, state);
+}
+
+void Supervisor::noteAbort(ManagedApplication& application, const std::string& state)
+{
+    if (state != ILifecycleManagement::STATE_ABORTED)
+        return box.loop.cancel(application.abortTimer);
+    if (application.abortTimer == 0 && !application.ranAway && application.isAlive())
+        application.abortTimer = box.loop.schedule(
+            box.settings.abortDeadline, [this, uid = application.uid, generation = application.generation] {
+                if (ManagedApplication* const hung = box.registry.find(uid, generation); hung && hung->isAlive())
+                    onHungCrash(*hung);
+            });
+}
+
+void Supervisor::onHungCrash(ManagedApplication& application)
+{
+    application.abortTimer = 0;
+    corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Supervisor", __LINE__,
+                      "%s has aborted and still lives: it is killed\n", application.uid.c_str());
+    application.ranAway = true;
+    box.notices.onRunaway(application.uid, application.process->getPid());
+    windows.rememberPlacement(application);
+    stopper.kill(application, StopPurpose::RUNAWAY);
 }
 
 void Supervisor::giveFocusBack(const ManagedApplication& application)
@@ -304,24 +380,40 @@ void Supervisor::giveFocusBack(const ManagedApplication& application)
 
 void Supervisor::awaitKeepAlive(ManagedApplication& application)
 {
-    box.loop.cancel(application.keepAliveTimer);
-    const auto late = ManagedApplication::Clock::now() + box.settings.keepAliveDeadline + HELD_UP;
-    application.keepAliveTimer = box.loop.schedule(
-        box.settings.keepAliveDeadline, [this, uid = application.uid, generation = application.generation, late] {
-            ManagedApplication* const silent = box.registry.find(uid, generation);
-            if (silent == nullptr || !silent->isAlive())
-                return;
-            // What the applications said while this process was held up is still on its way.
-            if (ManagedApplication::Clock::now() > late)
-                awaitKeepAlive(*silent);
-            else
-                onRunaway(*silent);
+    // The timer is left as it is: it finds out by itself that there was a sign since.
+    application.lastSign = ManagedApplication::Clock::now();
+    if (application.keepAliveTimer == 0)
+        scheduleCheck(application, box.settings.keepAliveDeadline);
+}
+
+void Supervisor::scheduleCheck(ManagedApplication& application, ManagedApplication::Clock::duration silence)
+{
+    const auto delay = std::chrono::ceil<std::chrono::milliseconds>(silence);
+    application.keepAliveTimer =
+        box.loop.schedule(delay, [this, uid = application.uid, generation = application.generation,
+                                  late = ManagedApplication::Clock::now() + delay + HELD_UP] {
+            ManagedApplication* const watched = box.registry.find(uid, generation);
+            if (watched != nullptr && watched->isAlive())
+                checkKeepAlive(*watched, late);
         });
+}
+
+void Supervisor::checkKeepAlive(ManagedApplication& application, ManagedApplication::Clock::time_point late)
+{
+    application.keepAliveTimer = 0;
+    const auto now = ManagedApplication::Clock::now();
+    const auto deadline = application.lastSign + box.settings.keepAliveDeadline;
+    // What the applications said while this process was held up is still on its way.
+    if (now > late)
+        awaitKeepAlive(application);
+    else if (now < deadline)
+        scheduleCheck(application, deadline - now);
+    else
+        onRunaway(application);
 }
 
 void Supervisor::onRunaway(ManagedApplication& application)
 {
-    application.keepAliveTimer = 0;
     // Who is being stopped already goes that way.
     if (application.stopPurpose != StopPurpose::NONE)
         return;
@@ -337,6 +429,7 @@ void Supervisor::onProcessEnd(ManagedApplication& application)
 {
     box.loop.unwatch(application.process->getDescriptor());
     box.loop.cancel(application.keepAliveTimer);
+    box.loop.cancel(application.abortTimer);
     application.end = application.process->reap();
     if (!application.isConnected)
         return finishEnd(application);

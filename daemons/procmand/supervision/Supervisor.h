@@ -7,6 +7,8 @@
 #include "windows/FocusControl.h"
 #include "windows/WindowService.h"
 
+#include <corvane/foundation/Deserializer.h>
+
 namespace Procmand
 {
 
@@ -57,7 +59,19 @@ private:
     void onStarted(ManagedApplication& application, Process process);
     void onStartFailure(ManagedApplication& application, const std::string& reason);
     void watch(ManagedApplication& application, Process process);
+    void watchProcess(ManagedApplication& application);
+    /// The application has given a sign of life; the next one is awaited.
     void awaitKeepAlive(ManagedApplication& application);
+    void checkKeepAlive(ManagedApplication& application, ManagedApplication::Clock::time_point late);
+    void scheduleCheck(ManagedApplication& application, ManagedApplication::Clock::duration silence);
+    void onStateChange(ManagedApplication& application, const std::string& payload,
+                       Corvane::Deserializer& deserializer);
+    void onKeepAlive(ManagedApplication& application, const std::string& state);
+    /// Announces a keep-alive in the application's name, where none of it was heard yet.
+    void makeUpForKeepAlive(ManagedApplication& application, const std::string& state);
+    /// The application has told its state, in whatever way. In ABORTED it has some time to end.
+    void noteAbort(ManagedApplication& application, const std::string& state);
+    void onHungCrash(ManagedApplication& application);
     void onRunaway(ManagedApplication& application);
     void onProcessEnd(ManagedApplication& application);
     void finishEnd(ManagedApplication& application);
@@ -74,8 +88,8 @@ private:
     FocusControl& focus;
     WindowService& windows;
     StateTracker states;
-    Stopper stopper;
     Links links;
+    Stopper stopper;
 };
 
 } // namespace Procmand

@@ -1,7 +1,9 @@
 #include "windows/FocusControl.h"
 
+#include "box/Containment.h"
 #include "box/ServerSocket.h"
 
+#include <corvane/common/RPCClient.h>
 #include <corvane/foundation/DebugPrint.h>
 
 namespace Procmand
@@ -89,10 +91,10 @@ void FocusControl::carryOut(const Move& move, const std::string& old)
         if (outcome.isMade && !move.isOwn)
             tell(move.uid, move.focus, deadline);
     } catch (const std::exception& error) {
-        outcome.problem = error.what();
+        insist([&] { outcome.problem = error.what(); });
         outcome.isLost = isTaken && !giveBack(old);
     }
-    box.loop.post([this, move, outcome] { finish(move, outcome); });
+    insist([&] { box.loop.post([this, move, outcome] { finish(move, outcome); }); });
 }
 
 bool FocusControl::giveBack(const std::string& uid) const
