@@ -150,17 +150,21 @@ bool mayConnect(int socket, std::optional<gid_t> group)
         return false;
     if (peer.gid == *group)
         return true;
+    const std::vector<gid_t> groups = furtherGroups(socket);
+    return std::find(groups.begin(), groups.end(), *group) != groups.end();
+}
+
+std::vector<gid_t> furtherGroups(int socket)
+{
     std::vector<gid_t> groups(64);
-    size = static_cast<socklen_t>(groups.size() * sizeof(gid_t));
+    auto size = static_cast<socklen_t>(groups.size() * sizeof(gid_t));
     int result = getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, groups.data(), &size);
     if (result != 0 && errno == ERANGE) {
         groups.resize(size / sizeof(gid_t));
         result = getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, groups.data(), &size);
     }
-    if (result != 0)
-        return false;
-    groups.resize(size / sizeof(gid_t));
-    return std::find(groups.begin(), groups.end(), *group) != groups.end();
+    groups.resize(result == 0 ? size / sizeof(gid_t) : 0);
+    return groups;
 }
 
 FileDescriptor connectTo(const sockaddr_un& address, std::chrono::milliseconds patience)

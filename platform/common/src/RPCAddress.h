@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <sys/types.h>
 #include <sys/un.h>
+#include <vector>
 
 /// Where servers are found: socket NAME.sock in the runtime folder, and who may use it.
 namespace Corvane::RPCAddress
@@ -38,6 +39,9 @@ void createRuntimeDirectory(const std::string& directory, std::optional<gid_t> g
 
 /// @return whether the peer of a connection is root, this process's user, or a member of the group
 bool mayConnect(int socket, std::optional<gid_t> group);
+
+/// @return the groups of the peer of a connection besides its main one
+std::vector<gid_t> furtherGroups(int socket);
 
 /// Connects to the server that listens on the path.
 /// @param patience  how long to wait for a server that has many waiting already; 0: not at all

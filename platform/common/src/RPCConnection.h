@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <corvane/common/FileDescriptor.h>
+#include <corvane/common/RPCCaller.h>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -18,8 +19,8 @@ std::size_t measure(std::span<const iovec> pieces);
 
 /// One client of a server: what it has sent so far, what waits for it, and what it subscribed to.
 ///
-/// `input`, `closing` and the two marks of what was told belong to the transport's thread alone; everything else is
-/// guarded by the transport's mutex.
+/// `caller`, `input`, `closing` and the two marks of what was told belong to the transport's thread alone; everything
+/// else is guarded by the transport's mutex.
 class RPCConnection
 {
 public:
@@ -38,7 +39,7 @@ public:
 
     enum class Kind { ANSWER, NOTIFICATION };
 
-    explicit RPCConnection(FileDescriptor socket) : socket(std::move(socket)) {}
+    explicit RPCConnection(FileDescriptor socket) : caller(socket.get()), socket(std::move(socket)) {}
 
     int getSocket() const { return socket.get(); }
 
@@ -63,6 +64,7 @@ public:
     bool hasSubscriptions() const { return !subscriptions.empty(); }
     bool isSubscribedTo(std::string_view notification) const;
 
+    RPCCaller caller;
     std::string input;         ///< received and not handled: what must wait, and the beginning of a message
     bool closing = false;      ///< nothing more is read; closed when everything is sent
     bool toldBatch = false;    ///< the log has told that answers to a batch of this client were too long

@@ -78,6 +78,11 @@ void RPCServer::endCalls()
     transport->endCalls();
 }
 
+void RPCServer::setSubscriptionCheck(std::function<std::string()> check)
+{
+    transport->setSubscriptionCheck(std::move(check));
+}
+
 std::string RPCServer::getFixedRPCAddress() const
 {
     return RPCAddress::socketPath(name);

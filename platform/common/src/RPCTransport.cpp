@@ -141,6 +141,11 @@ void RPCTransport::abandon(int descriptor, const char* reason)
     drop(*found->second);
 }
 
+void RPCTransport::setSubscriptionCheck(std::function<std::string()> check)
+{
+    subscriptionCheck = std::move(check);
+}
+
 void RPCTransport::waitForHandler()
 {
     if (ownThread.load() != pthread_self())
@@ -191,13 +196,22 @@ void RPCTransport::accept()
     }
     if (!RPCAddress::mayConnect(socket.get(), endpoint->getGroup()))
         return turnAway(std::move(socket), "permission denied");
-    if (connections.size() >= server.connectionLimit)
+    if (connections.size() >= server.connectionLimit || hasItsShare(RPCCaller(socket.get()).getUser()))
         return turnAway(std::move(socket), "too many connections");
     const int descriptor = socket.get();
     auto connection = std::make_unique<RPCConnection>(std::move(socket));
     std::lock_guard guard(connectionsMutex);
     addTo(epoll, descriptor, connection->watched = EPOLLIN);
     connections.emplace(descriptor, std::move(connection));
+}
+
+bool RPCTransport::hasItsShare(uid_t user) const
+{
+    if (user == 0 || user == geteuid())
+        return false;
+    const auto own = std::count_if(connections.begin(), connections.end(),
+                                   [user](const auto& entry) { return entry.second->caller.getUser() == user; });
+    return static_cast<unsigned int>(own) >= (server.connectionLimit + 1) / 2;
 }
 
 void RPCTransport::acceptWithReserve()
@@ -312,11 +326,17 @@ std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage
         return call.expectsReply
                    ? RPCMessage::errorReply(call.id, RPCErrorObject::CALL_FAILED, "the server takes no calls any more")
                    : std::string();
+    const RPCCaller::Scope scope(connection.caller);
     return server.handleCall(call);
 }
 
 std::string RPCTransport::handleSubscription(RPCConnection& connection, const RPCMessage::Call& call)
 {
+    if (subscriptionCheck) {
+        const RPCCaller::Scope scope(connection.caller);
+        if (const std::string problem = subscriptionCheck(); !problem.empty())
+            return RPCMessage::errorReply(call.id, RPCErrorObject::CALL_FAILED, problem);
+    }
     std::vector<std::string> patterns;
     try {
         patterns = RPCMessage::notificationPatterns(call.parameters);

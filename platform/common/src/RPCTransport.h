@@ -10,6 +10,7 @@
 #include <corvane/common/FileDescriptor.h>
 #include <corvane/foundation/Mutex.h>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -51,6 +52,8 @@ public:
     void waitForHandler();
     /// Waits as above; no handler is called after it. Not from the transport's thread.
     void endCalls();
+    /// @param check  see `RPCServer::setSubscriptionCheck`; before `open`
+    void setSubscriptionCheck(std::function<std::string()> check);
 
 private:
     int thread() override;
@@ -59,6 +62,9 @@ private:
     void abandon(int descriptor, const char* reason);
     void accept();
     void acceptWithReserve();
+    /// @return whether a user has so many connections already that others would find no place. Root and the server's
+    ///         own user may have all.
+    bool hasItsShare(uid_t user) const;
     void turnAway(FileDescriptor socket, const char* reason);
     void serve(RPCConnection& connection, std::uint32_t events);
     void resume(RPCConnection& connection);
@@ -77,6 +83,7 @@ private:
     void countSubscribers();
 
     RPCServer& server;
+    std::function<std::string()> subscriptionCheck;
     std::optional<RPCEndpoint> endpoint;
     FileDescriptor epoll;
     FileDescriptor wakeUp;

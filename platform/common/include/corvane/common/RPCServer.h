@@ -6,6 +6,7 @@
 #include <corvane/foundation/Mutex.h>
 #include <corvane/foundation/RPCObjects.h>
 #include <corvane/interfaces/IRPC.h>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -75,6 +76,10 @@ protected:
     /// Waits until no handler runs, and lets none run again: further calls are refused. Subscribers go on being told.
     /// Not from a handler.
     void endCalls();
+    /// Lets the server refuse subscriptions. To be set before `init()`.
+    /// @param check  called with `RPCCaller::getCurrent()` set and no lock of the server held but that of handlers;
+    ///               tells why this client may not subscribe, or nothing
+    void setSubscriptionCheck(std::function<std::string()> check);
 
     std::string name;
     std::map<std::string, MethodTable> interfaces;
