@@ -3,7 +3,6 @@
 #include <corvane/common/FileDescriptor.h>
 #include <corvane/foundation/Export.h>
 #include <optional>
-#include <sys/types.h>
 #include <vector>
 
 namespace Corvane
