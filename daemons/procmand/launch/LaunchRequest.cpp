@@ -84,6 +84,7 @@ void refuseNul(const LaunchRequest& request)
     };
     check(request.program);
     check(request.workingDirectory);
+    check(request.user);
     for (const std::string& argument : request.arguments)
         check(argument);
     for (const auto& [name, value] : request.environment) {
@@ -118,6 +119,7 @@ LaunchRequest LaunchRequest::read(const std::string& text)
     readOptional("applicationType", request.applicationType, deserializer);
     readOptional("applicationParameters", request.applicationParameters, deserializer);
     readOptional("compositingParameters", request.compositingParameters, deserializer);
+    readOptional("user", request.user, deserializer);
     readOptional("fresh", request.fresh, deserializer);
     std::string mode = nameOf(request.restart);
     readOptional("restart", mode, deserializer);
@@ -147,6 +149,8 @@ std::string LaunchRequest::write() const
     serializer.writeString("workingDirectory", workingDirectory);
     writeLaunchParameters(*this, serializer);
     serializer.writeString("restart", nameOf(restart));
+    if (!user.empty())
+        serializer.writeString("user", user);
     serializer.writeBoolean("fresh", fresh);
     serializer.endObject("");
     return serializer.generate();

@@ -24,6 +24,7 @@ struct LaunchRequest {
     std::string applicationParameters;
     Corvane::ISurfaceManagement::CreationSettings compositingParameters;
     RestartMode restart = RestartMode::NEVER;
+    std::string user;   ///< name of the one it runs as; empty: the process manager's own
     bool fresh = false; ///< what is started again gets neither place nor focus back
 
     /// @param text  a JSON object; everything but the program is optional

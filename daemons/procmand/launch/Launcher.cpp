@@ -1,5 +1,7 @@
 #include "launch/Launcher.h"
 
+#include "launch/UserSpawn.h"
+
 #include <cerrno>
 #include <corvane/foundation/DebugPrint.h>
 #include <csignal>
@@ -42,7 +44,20 @@ PointerList makeArguments(const LaunchRequest& request)
     return PointerList(std::move(arguments));
 }
 
-PointerList makeEnvironment(const LaunchRequest& request, const std::string& token)
+/// Makes the process manager's variables those of another user. What leads the loader somewhere is not passed on.
+void giveTo(const User& user, std::map<std::string, std::string>& variables)
+{
+    std::erase_if(variables, [](const auto& variable) { return variable.first.starts_with("LD_"); });
+    // The folder of the sockets is the process manager's all the same.
+    if (const auto folder = variables.find("XDG_RUNTIME_DIR"); folder != variables.end())
+        variables.emplace("CORVANE_RUNTIME_DIR", folder->second + "/corvane");
+    variables.erase("XDG_RUNTIME_DIR");
+    variables["HOME"] = user.home;
+    variables["SHELL"] = user.shell;
+    variables["USER"] = variables["LOGNAME"] = user.name;
+}
+
+PointerList makeEnvironment(const LaunchRequest& request, const std::string& token, const std::optional<User>& user)
 {
     std::map<std::string, std::string> variables;
     for (char** entry = environ; *entry != nullptr; ++entry)
@@ -51,6 +66,8 @@ PointerList makeEnvironment(const LaunchRequest& request, const std::string& tok
     // The supervision of the process manager itself is no business of what it launches.
     for (const char* own : {"NOTIFY_SOCKET", "WATCHDOG_PID", "WATCHDOG_USEC", "STATE_DIRECTORY"})
         variables.erase(own);
+    if (user)
+        giveTo(*user, variables);
     for (const auto& [name, value] : request.environment)
         variables[name] = value;
     variables[PARAMETERS] = request.writeParameters(token);
@@ -117,19 +134,39 @@ private:
     posix_spawn_file_actions_t actions;
 };
 
+/// @return none where the application runs as the process manager's own user
+std::optional<User> findUserOf(const LaunchRequest& request)
+{
+    if (request.user.empty())
+        return std::nullopt;
+    std::optional<User> user = findUser(request.user);
+    if (!user)
+        throw std::runtime_error("cannot start " + request.program + ": there is no user " + request.user);
+    return user;
+}
+
 } // namespace
 
 Process launch(const LaunchRequest& request, const std::string& token, const OutputFiles& files)
 {
+    const std::optional<User> user = findUserOf(request);
     const OutputFiles::Run run = files.beginRun(token);
     PointerList arguments = makeArguments(request);
-    PointerList environment = makeEnvironment(request, token);
+    PointerList environment = makeEnvironment(request, token, user);
     const Attributes attributes;
     const Corvane::FileDescriptor folder = openWorkingDirectory(request.workingDirectory);
     const Actions actions(folder.get(), run.output.get(), run.error.get());
     pid_t pid = -1;
-    const int failure = posix_spawnp(&pid, request.program.c_str(), actions.get(), attributes.get(), arguments.get(),
-                                     environment.get());
+    const int failure = user ? spawnAs(*user,
+                                       {.program = request.program.c_str(),
+                                        .arguments = arguments.get(),
+                                        .environment = environment.get(),
+                                        .folder = folder.get(),
+                                        .output = run.output.get(),
+                                        .error = run.error.get()},
+                                       pid)
+                             : posix_spawnp(&pid, request.program.c_str(), actions.get(), attributes.get(),
+                                            arguments.get(), environment.get());
     if (failure != 0)
         throw std::system_error(failure, std::generic_category(), "cannot start " + request.program);
     // A child that nobody has waited for keeps its id, so this is the one that was started.

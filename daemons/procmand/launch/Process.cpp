@@ -7,6 +7,7 @@
 #include <fstream>
 #include <poll.h>
 #include <sstream>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -37,7 +38,14 @@ std::vector<std::string> readFields(pid_t pid)
 }
 
 /// Positions in what `readFields` returns.
-enum Field : std::size_t { STATE = 0, USER_TICKS = 11, SYSTEM_TICKS = 12, START_TIME = 19, RESIDENT_PAGES = 21 };
+enum Field : std::size_t {
+    STATE = 0,
+    PARENT = 1,
+    USER_TICKS = 11,
+    SYSTEM_TICKS = 12,
+    START_TIME = 19,
+    RESIDENT_PAGES = 21
+};
 
 } // namespace
 
@@ -51,8 +59,8 @@ std::string ProcessEnd::describe() const
     return name == nullptr ? "signal " + std::to_string(*signal) : std::string("SIG") + name;
 }
 
-Process::Process(pid_t pid, bool isGroupLeader, int handle, std::string startTime)
-    : pid(pid), isGroupLeader(isGroupLeader), handle(handle), startTime(std::move(startTime))
+Process::Process(pid_t pid, bool isGroupLeader, Corvane::FileDescriptor handle, std::string startTime)
+    : pid(pid), isGroupLeader(isGroupLeader), handle(std::move(handle)), startTime(std::move(startTime))
 {
 }
 
@@ -60,11 +68,28 @@ std::optional<Process> Process::find(pid_t pid, bool isGroupLeader)
 {
     if (pid <= 0)
         return std::nullopt;
-    const int handle = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
-    if (handle < 0)
+    return hold(pid, Corvane::FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0))), isGroupLeader);
+}
+
+std::optional<Process> Process::hold(pid_t pid, Corvane::FileDescriptor handle, bool isGroupLeader)
+{
+    if (!handle.isOpen())
         return std::nullopt;
     const std::vector<std::string> fields = readFields(pid);
-    return Process(pid, isGroupLeader, handle, fields.size() > START_TIME ? fields[START_TIME] : "");
+    return Process(pid, isGroupLeader, std::move(handle), fields.size() > START_TIME ? fields[START_TIME] : "");
+}
+
+bool Process::belongsTo(uid_t user) const
+{
+    struct stat status {
+    };
+    return stat(folderOf(pid).c_str(), &status) == 0 && status.st_uid == user && !hasEnded();
+}
+
+pid_t Process::findParent() const
+{
+    const std::vector<std::string> fields = readFields(pid);
+    return fields.size() <= PARENT || hasEnded() ? 0 : static_cast<pid_t>(std::stol(fields[PARENT]));
 }
 
 std::chrono::milliseconds Process::findAge(const std::string& startTime)

@@ -36,8 +36,16 @@ public:
     /// @param isGroupLeader  whether signals go to its process group
     /// @return none when there is no such process
     static std::optional<Process> find(pid_t pid, bool isGroupLeader);
+    /// The same by a descriptor of the process, which the system has given for this id.
+    /// @return none when there is no descriptor
+    static std::optional<Process> hold(pid_t pid, Corvane::FileDescriptor handle, bool isGroupLeader);
 
     pid_t getPid() const { return pid; }
+    bool leadsGroup() const { return isGroupLeader; }
+    /// @return whether it runs as this user now
+    bool belongsTo(uid_t user) const;
+    /// @return who has started it, 0 when that cannot be told
+    pid_t findParent() const;
     /// @return the time of its start in the system's own unit since boot; with the pid it names the process for good
     const std::string& getStartTime() const { return startTime; }
     /// @return how long ago it started, whoever was watching then
@@ -58,7 +66,7 @@ public:
     std::vector<std::string> readCommand() const;
 
 private:
-    Process(pid_t pid, bool isGroupLeader, int handle, std::string startTime);
+    Process(pid_t pid, bool isGroupLeader, Corvane::FileDescriptor handle, std::string startTime);
 
     pid_t pid;
     bool isGroupLeader;
