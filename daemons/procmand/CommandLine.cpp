@@ -62,6 +62,11 @@ void addOptions(CLI::App& app, Settings& settings)
     addNumber(app, "--restart-limit", settings.restartLimit, "Restarts in a row before an application is given up");
     addSeconds(app, "--stable-time", settings.stableTime, "A run of this length begins a new row of restarts");
     addNumber(app, "--windows", settings.windowLimit, "How many windows there are");
+    addNumber(app, "--windows-per-application", settings.clientWindowLimit,
+              "How many of them one application may have");
+    app.add_option("--policy", settings.policyFile, "Says who may do what (default: " + settings.policyFile + ")")
+        ->take_last()
+        ->option_text("FILE");
     app.add_option("--compositor", settings.compositor,
                    "Where the windows are shown (default: " + settings.compositor + ")")
         ->check(CLI::IsMember(listCompositors()))

@@ -92,9 +92,13 @@ void Manager::takeUpTheBox()
 void Manager::findServers()
 {
     for (const std::string& name : Corvane::RPCClient::listServers()) {
-        const pid_t pid = name.starts_with("APP") ? findServer(name) : 0;
-        if (pid > 0)
-            box.loop.post([this, uid = name.substr(3), pid] { supervisor.adopt(uid, pid); });
+        if (!name.starts_with("APP"))
+            continue;
+        if (auto process = findServer(name))
+            box.loop.post([this, uid = name.substr(3), process = std::make_shared<Process>(std::move(*process))] {
+                if (box.registry.find(uid) == nullptr && !process->hasEnded())
+                    supervisor.adopt(uid, std::move(*process));
+            });
     }
 }
 

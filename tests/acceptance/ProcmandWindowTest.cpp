@@ -162,7 +162,7 @@ TEST_F(ProcmandWindows, RefusesBadRequestsWithATokenAndLogsWhy)
                        R"({"location":{"x":0,"y":0,"width":0,"height":9}})"),
               refused);
     for (const char* reason : {"uid: missing", "no resource of that type", "no window application",
-                               "its process is not there", "a window without a size"})
+                               "process 0 is not the caller's own", "a window without a size"})
         EXPECT_THAT(procmand->getError(), HasSubstr(reason));
 
     EXPECT_THAT(tokenFor(good), HasSubstr(R"("state":3)"));

@@ -36,6 +36,7 @@ struct Launch {
     std::string program;
     std::optional<std::string> name;
     std::optional<std::string> uid;
+    std::optional<std::string> user;
     std::vector<std::string> arguments;
     std::vector<std::string> environment;
     std::optional<std::string> workingDirectory;
@@ -74,6 +75,8 @@ std::string writeLaunch(const Launch& launch)
         serializer.writeString("name", *launch.name);
     if (launch.uid)
         serializer.writeString("uid", *launch.uid);
+    if (launch.user)
+        serializer.writeString("user", *launch.user);
     serializer.beginArray("arguments");
     for (const std::string& argument : launch.arguments)
         serializer.writeString("", argument);
@@ -123,6 +126,8 @@ void addLaunchOptions(CLI::App& command, Launch& launch)
         .add_option("--uid", launch.uid,
                     "Its uid, which is its authorization token (default: one that nobody can guess)")
         ->option_text("UID");
+    command.add_option("--user", launch.user, "The user that it runs as (default: the one who asks)")
+        ->option_text("NAME");
     command.add_option("--type", launch.type, "Application type")->option_text("TEXT");
     command.add_option("--parameters", launch.parameters, "Application parameters")->option_text("TEXT");
     command.add_option("--restart", launch.restart, "never (default), on-failure or always")

@@ -14,10 +14,11 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <pwd.h>
 #include <system_error>
 #include <unistd.h>
 
-/// The commands that show what the process manager knows: ps, history, windows, screenshot.
+/// The commands that show what the process manager knows: ps, history, audit, windows, screenshot.
 namespace Corvanectl
 {
 namespace
@@ -259,6 +260,30 @@ void showHistory(const HistoryChoice& choice, const Options& options)
     }
 }
 
+/// @return the name of a user of this machine, or the number
+std::string showUser(const element& deed)
+{
+    const auto number = findNumber(deed, "user");
+    const passwd* const entry = number ? getpwuid(static_cast<uid_t>(*number)) : nullptr;
+    return entry == nullptr ? show(deed, "user") : makePrintable(entry->pw_name);
+}
+
+void showAudit(unsigned int limit, const Options& options)
+{
+    Manager manager(options);
+    const JsonText answer(manager.call("IApplicationManager::getAudit", writeObject("limit", std::to_string(limit))));
+    Rows rows{{"TIME", "USER", "PID", "PROGRAM", "OUTCOME", "METHOD", "SUBJECT", "PROBLEM"}};
+    for (const element deed : answer.root.get_array()) {
+        if (options.json)
+            printLine(writeCompact(deed));
+        else
+            rows.push_back({show(deed, "time"), showUser(deed), show(deed, "pid"), show(deed, "program"),
+                            show(deed, "outcome"), show(deed, "method"), show(deed, "subject"), show(deed, "problem")});
+    }
+    if (!options.json)
+        printTable(rows);
+}
+
 void listWindows(const Options& options)
 {
     Manager manager(options);
@@ -325,6 +350,12 @@ void addBoxViews(CLI::App& app, Options& options)
         ->option_text(" ");
     history.add_option("--limit", choice->limit, "How many ends to show (default: 20)")->option_text("N");
     history.callback([choice, &options] { showHistory(*choice, options); });
+
+    CLI::App& audit = addCommand(app, options, "audit",
+                                 "Shows who did what with the box and who was refused what, the latest last", "audit");
+    const auto limit = std::make_shared<unsigned int>(50);
+    audit.add_option("--limit", *limit, "How many entries to show (default: 50)")->option_text("N");
+    audit.callback([limit, &options] { showAudit(*limit, options); });
 
     CLI::App& windows =
         addCommand(app, options, "windows", "Lists the windows of the box, the front of the stack first", "windows");

@@ -55,7 +55,7 @@ void addPropertyCommands(CLI::App& app, Options& options);    ///< state, focus,
 void addTokenCommands(CLI::App& app, Options& options);       ///< token create, token delete
 
 void addBoxCommands(CLI::App& app, Options& options); ///< launch, stop, restart
-void addBoxViews(CLI::App& app, Options& options);    ///< ps, history, windows, screenshot
+void addBoxViews(CLI::App& app, Options& options);    ///< ps, history, audit, windows, screenshot
 
 /// Gives the input focus to a window through the process manager, or takes it away, and waits until it is done.
 void moveFocus(const std::string& word, bool focus, const Options& options);

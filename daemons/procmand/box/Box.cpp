@@ -27,6 +27,7 @@ const char* phaseOf(const ManagedApplication& application)
 
 Box::Box(Settings settings, Notices::Sink sink)
     : settings(std::move(settings)),
+      policy(Policy::load(this->settings.policyFile)),
       folder(this->settings.stateFolder),
       loop(lock),
       notices(std::move(sink)),

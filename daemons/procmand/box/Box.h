@@ -1,5 +1,8 @@
 #pragma once
 
+#include "access/Audit.h"
+#include "access/Policy.h"
+#include "access/Quotas.h"
 #include "box/EventLoop.h"
 #include "box/ManagedApplication.h"
 #include "box/Notices.h"
@@ -33,6 +36,7 @@ struct Box {
     void compactHistory();
 
     const Settings settings;
+    const Policy policy;
     const StateLock folder; ///< before anything in it is touched
     std::mutex lock;
     EventLoop loop;
@@ -41,6 +45,8 @@ struct Box {
     History history;
     Registry registry;
     WindowStack windows;
+    Audit audit;
+    Quotas quotas;
     /// In memory until the box is this process manager's: another one may have the screen.
     std::unique_ptr<ICompositor> compositor = makeCompositor("memory");
     std::deque<PastRecord> past; ///< the last ones

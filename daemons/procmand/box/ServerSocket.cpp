@@ -50,14 +50,15 @@ std::string findSocketPath(const std::string& serverName)
     return Corvane::RPCServer(serverName.c_str()).getFixedRPCAddress();
 }
 
-pid_t findServer(const std::string& serverName)
+std::optional<Process> findServer(const std::string& serverName)
 {
     const FileDescriptor socket = connectTo(findSocketPath(serverName));
     ucred peer{};
     socklen_t size = sizeof peer;
     if (!socket.isOpen() || getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
-        return 0;
-    return peer.pid;
+        return std::nullopt;
+    std::optional<Process> process = Process::find(peer.pid, false);
+    return process && process->belongsTo(peer.uid) ? std::move(process) : std::nullopt;
 }
 
 bool removeDeadSocket(const std::string& serverName)

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "launch/Process.h"
+
+#include <optional>
 #include <string>
 #include <sys/types.h>
 
@@ -13,8 +16,9 @@ std::string serverNameOf(const std::string& uid);
 /// @return the path of the socket that belongs to a server's name
 std::string findSocketPath(const std::string& serverName);
 
-/// @return the process that serves under this name, 0 when nobody does
-pid_t findServer(const std::string& serverName);
+/// @return the process that serves under this name; none when nobody does, or when its id has passed on to a process of
+///         another user
+std::optional<Process> findServer(const std::string& serverName);
 
 /// Removes the socket of this name if no server is behind it any more. Does not wait.
 /// @return false when a name is changing hands just now, so that nothing can be said; it is over in a moment

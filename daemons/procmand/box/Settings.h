@@ -30,6 +30,10 @@ struct Settings {
     Duration stableTime{60000};
     /// How many windows there are.
     unsigned int windowLimit = 256;
+    /// How many of them one application may have.
+    unsigned int clientWindowLimit = 16;
+    /// Says who may do what.
+    std::string policyFile = "/etc/corvane/policy.json";
     /// Where the windows are shown: one of `listCompositors()`. The command line prefers its first.
     std::string compositor = "memory";
     /// Whether the applications are stopped with the process manager, or left running.

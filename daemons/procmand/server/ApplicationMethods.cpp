@@ -1,3 +1,4 @@
+#include "access/LaunchRules.h"
 #include "server/JsonValue.h"
 #include "server/ManagerServer.h"
 
@@ -82,11 +83,17 @@ void ManagerServer::fillApplicationMethods()
     methods["registerApplication"] = static_cast<Handler>(&ManagerServer::registerApplication);
     methods["getApplications"] = static_cast<Handler>(&ManagerServer::getApplications);
     methods["getHistory"] = static_cast<Handler>(&ManagerServer::getHistory);
+    methods["getAudit"] = static_cast<Handler>(&ManagerServer::getAudit);
 }
 
 std::string ManagerServer::launch(const Request& request)
 {
-    const std::string uid = supervisor.launch(LaunchRequest::read(request.getParameters()));
+    LaunchRequest wanted = LaunchRequest::read(request.getParameters());
+    const Caller& caller = client->getCaller();
+    settleUser(wanted, caller, client->getRights(), box.policy);
+    if (!caller.isTrusted())
+        box.quotas.countLaunch(caller.getUser());
+    const std::string uid = supervisor.launch(std::move(wanted));
     return RPCResultObject(request, Corvane::StringObject(uid)).serialize();
 }
 
@@ -108,9 +115,7 @@ std::string ManagerServer::registerApplication(const Request& request)
 {
     Deserializer parameters(request.getParameters());
     const auto uid = deserialize<std::string>("uid", parameters);
-    const auto pid = deserialize<int>("pid", parameters);
-    if (!supervisor.adopt(uid, pid))
-        throw std::runtime_error("there is no process " + std::to_string(pid));
+    takeUp(request, uid, deserialize<int>("pid", parameters));
     return RPCReturnObject(request).serialize();
 }
 
@@ -144,6 +149,15 @@ std::string ManagerServer::getHistory(const Request& request)
         serializer.writeJson("", record);
     serializer.endArray("");
     return RPCResultObject(request, JsonValue(serializer.generate())).serialize();
+}
+
+std::string ManagerServer::getAudit(const Request& request)
+{
+    Deserializer parameters(request.getParameters());
+    std::size_t wanted = 2 * Audit::LIMIT;
+    if (parameters.hasMember("limit"))
+        wanted = deserialize<unsigned int>("limit", parameters);
+    return RPCResultObject(request, JsonValue(box.audit.write(wanted))).serialize();
 }
 
 } // namespace Procmand

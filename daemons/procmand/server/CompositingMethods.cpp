@@ -46,7 +46,7 @@ template <class T, auto OPERATION, const char* KEY>
 std::string ManagerServer::setProperty(const Request& request)
 {
     Deserializer parameters(request.getParameters());
-    const auto index = deserialize<unsigned int>("index", parameters);
+    const unsigned int index = requireWindow(request).index;
     const T value = deserialize<T>(KEY, parameters);
     windows.change([&](WindowStack& stack) { (stack.*OPERATION)(index, value); });
     return RPCReturnObject(request).serialize();
@@ -55,16 +55,13 @@ std::string ManagerServer::setProperty(const Request& request)
 template <auto MEMBER>
 std::string ManagerServer::getProperty(const Request& request)
 {
-    Deserializer parameters(request.getParameters());
-    const WindowState& window = windows.require(deserialize<unsigned int>("index", parameters));
-    return RPCResultObject(request, asSerialObject(window.*MEMBER)).serialize();
+    return RPCResultObject(request, asSerialObject(requireWindow(request).*MEMBER)).serialize();
 }
 
 template <auto OPERATION>
 std::string ManagerServer::stack(const Request& request)
 {
-    Deserializer parameters(request.getParameters());
-    const auto index = deserialize<unsigned int>("index", parameters);
+    const unsigned int index = requireWindow(request).index;
     windows.change([index](WindowStack& windows) { (windows.*OPERATION)(index); });
     return RPCReturnObject(request).serialize();
 }
@@ -114,6 +111,8 @@ std::string ManagerServer::setFocus(const Request& request)
     const bool obtained = deserialize<bool>("obtained", parameters);
     if (!box.registry.require(uid).isConnected)
         throw std::runtime_error("the application " + uid + " has no control server");
+    if (focus.countMoves() >= Quotas::FOCUS_MOVES)
+        throw std::runtime_error("too many moves of the focus wait already");
     focus.request(uid, obtained);
     return RPCReturnObject(request).serialize();
 }

@@ -41,7 +41,8 @@ constexpr RPCParameterDescription LAUNCH[] = {{"program", STRING},
                                               {"fresh", BOOLEAN},
                                               {"compositingParameters", SETTINGS},
                                               {"name", STRING},
-                                              {"uid", STRING}};
+                                              {"uid", STRING},
+                                              {"user", STRING}};
 constexpr RPCParameterDescription UID[] = {{"uid", STRING}};
 constexpr RPCParameterDescription UID_AND_PID[] = {{"uid", STRING}, {"pid", INTEGER}};
 constexpr RPCParameterDescription LIMIT[] = {{"limit", UNSIGNED}};
@@ -64,6 +65,8 @@ constexpr RPCMethodDescription METHODS[] = {
      NOTHING},
     {"IApplicationManager", "getApplications", "Tells all applications.", {}, OBJECTS},
     {"IApplicationManager", "getHistory", "Tells how applications ended, the latest last.", LIMIT, OBJECTS},
+    {"IApplicationManager", "getAudit", "Tells who did what and who was refused what, the latest last.", LIMIT,
+     OBJECTS},
 
     {"IResourceAcquisition", "getResource", "Asks for a window.", RESOURCE, TOKEN},
     {"IResourceAcquisition", "releaseResource", "Gives a window back.", INDEX, NOTHING},

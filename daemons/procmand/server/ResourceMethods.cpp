@@ -9,7 +9,6 @@ namespace Procmand
 namespace
 {
 
-using Corvane::Client;
 using Corvane::deserialize;
 using Corvane::Deserializer;
 using Corvane::IResourceAcquisition;
@@ -33,26 +32,26 @@ std::string ManagerServer::getResource(const Request& request)
     try {
         Deserializer parameters(request.getParameters());
         uid = deserialize<std::string>("uid", parameters);
-        const auto pid = deserialize<unsigned int>("pid", parameters);
+        const auto pid = static_cast<pid_t>(deserialize<unsigned int>("pid", parameters));
         if (deserialize<unsigned int>("resourceType", parameters) !=
             IResourceAcquisition::RESOURCE_TYPE_GRAPHICS_WINDOW)
             return answer(windows.refuse(uid, "there is no resource of that type"));
-        if (deserialize<unsigned int>("clientType", parameters) != Client::TYPE_WINDOW)
+        if (deserialize<unsigned int>("clientType", parameters) != Corvane::Client::TYPE_WINDOW)
             return answer(windows.refuse(uid, "it is no window application"));
         const auto settings = deserialize<CreationSettings>("settings", parameters);
         // A window goes with its application, so the application must be known.
-        if (!supervisor.adopt(uid, static_cast<pid_t>(pid)))
-            return answer(windows.refuse(uid, "its process is not there"));
+        takeUp(request, uid, pid);
+        if (hasItsWindows())
+            return answer(windows.exhaust(uid, "it or its user has as many as one may have"));
         return answer(windows.grant(uid, settings));
-    } catch (const Corvane::SerialError& error) {
+    } catch (const std::runtime_error& error) {
         return answer(windows.refuse(uid, error.what()));
     }
 }
 
 std::string ManagerServer::releaseResource(const Request& request)
 {
-    Deserializer parameters(request.getParameters());
-    windows.release(deserialize<unsigned int>("index", parameters));
+    windows.release(requireWindow(request).index);
     return RPCReturnObject(request).serialize();
 }
 

@@ -74,7 +74,7 @@ void Supervisor::takeWords(const LaunchRequest& request)
                 word + " is taken: it is the " +
                 (word == holder->uid ? "uid of an application" : "name of an application, " + holder->uid));
     }
-    if (!request.uid.empty() && findServer(serverNameOf(request.uid)) != 0)
+    if (!request.uid.empty() && findServer(serverNameOf(request.uid)))
         throw std::runtime_error(request.uid + " is taken: a process that was not launched here has it");
     for (const std::string& word : {request.name, request.uid})
         if (ManagedApplication* const holder = box.registry.findHolder(word))
@@ -157,27 +157,21 @@ void Supervisor::watchProcess(ManagedApplication& application)
     }
 }
 
-bool Supervisor::adopt(const std::string& uid, pid_t pid)
+void Supervisor::adopt(const std::string& uid, Process process)
 {
-    if (ManagedApplication* const known = box.registry.find(uid)) {
-        // Who registers has its control server up by now, if it has one.
-        if (known->isAlive())
-            links.connect(*known);
-        return true;
-    }
-    std::optional<Process> process = Process::find(pid, false);
-    if (uid.empty() || !process || process->hasEnded()) {
-        corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Supervisor", __LINE__,
-                          "application %s with process %d is not there\n", uid.c_str(), static_cast<int>(pid));
-        return false;
-    }
     ManagedApplication& application = box.registry.add(uid);
-    const std::vector<std::string> command = process->readCommand();
+    const std::vector<std::string> command = process.readCommand();
     application.program = command.empty() ? std::string() : command.front();
     application.type = findType(command);
-    watch(application, std::move(*process));
+    const pid_t pid = process.getPid();
+    watch(application, std::move(process));
     box.notices.onRegister(uid, pid, application.program);
-    return true;
+}
+
+void Supervisor::greet(ManagedApplication& application)
+{
+    if (application.isAlive())
+        links.connect(application);
 }
 
 void Supervisor::recover(const Recovery::Application& recovered)

@@ -25,8 +25,10 @@ public:
     /// Accepts an application; what comes of it is announced. @return its uid
     /// @throws std::runtime_error  nothing is started any more, or its uid or its name is taken
     std::string launch(LaunchRequest request);
-    /// Takes an application up that runs already. @return whether it is known now
-    bool adopt(const std::string& uid, pid_t pid);
+    /// Takes an application up that runs already. Its uid must not be known.
+    void adopt(const std::string& uid, Process process);
+    /// The application has registered itself: it has its control server up by now, if it has one.
+    void greet(ManagedApplication& application);
     /// Takes an application up that an earlier process manager has watched.
     void recover(const Recovery::Application& application);
     /// Begins to stop an application.

@@ -28,6 +28,8 @@ public:
     void onForgotten(const std::string& uid);
     /// @return the uid of the window that has the focus, empty when none has
     const std::string& getFocused() const { return focused; }
+    /// @return how many moves wait or are under way
+    std::size_t countMoves() const { return moves.size(); }
 
 private:
     struct Move {

@@ -22,11 +22,8 @@ WindowService::Token WindowService::grant(const std::string& uid, const Settings
     const auto location = settings.getLocation();
     if (location.getWidth() == 0 || location.getHeight() == 0)
         return refuse(uid, "a window without a size");
-    if (box.windows.isFull()) {
-        Corvane::corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "WindowService", __LINE__,
-                                   "%s gets no window: all %u are in use\n", uid.c_str(), box.settings.windowLimit);
-        return {Token::STATE_EXHAUSTED, 0};
-    }
+    if (box.windows.isFull())
+        return exhaust(uid, "all " + std::to_string(box.settings.windowLimit) + " are in use");
     const WindowState window = box.windows.add(uid, settings);
     takePlaceBack(window);
     show();
@@ -54,6 +51,12 @@ WindowService::Token WindowService::refuse(const std::string& uid, const std::st
     Corvane::corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "WindowService", __LINE__, "%s gets no window: %s\n",
                                uid.c_str(), reason.c_str());
     return {Token::STATE_REFUSED, 0};
+}
+
+WindowService::Token WindowService::exhaust(const std::string& uid, const std::string& reason)
+{
+    refuse(uid, reason);
+    return {Token::STATE_EXHAUSTED, 0};
 }
 
 void WindowService::release(unsigned int index)

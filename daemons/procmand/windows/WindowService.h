@@ -22,6 +22,8 @@ public:
     Token grant(const std::string& uid, const Settings& settings);
     /// Logs why a request is refused.
     Token refuse(const std::string& uid, const std::string& reason);
+    /// The same for a request that would be granted if there were windows left.
+    Token exhaust(const std::string& uid, const std::string& reason);
     /// @throws std::out_of_range  there is no such window
     void release(unsigned int index);
     void releaseAll(const std::string& uid);

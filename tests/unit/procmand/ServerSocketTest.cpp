@@ -52,7 +52,7 @@ TEST_F(ServerSocketTest, StaysWhereAServerLives)
 
     EXPECT_TRUE(removeDeadSocket("APPtester"));
     EXPECT_TRUE(exists());
-    EXPECT_EQ(findServer("APPtester"), getpid());
+    EXPECT_EQ(findServer("APPtester").value().getPid(), getpid());
 }
 
 TEST_F(ServerSocketTest, StaysWhileANameChangesHands)
@@ -73,7 +73,7 @@ TEST_F(ServerSocketTest, IsNotAnyFileOfThatName)
     ASSERT_TRUE(Corvane::FileDescriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)).isOpen());
     EXPECT_TRUE(removeDeadSocket("APPtester"));
     EXPECT_TRUE(exists());
-    EXPECT_EQ(findServer("APPtester"), 0);
+    EXPECT_FALSE(findServer("APPtester"));
 }
 
 } // namespace Procmand

@@ -29,7 +29,7 @@ protected:
         {
             std::lock_guard guard(box.lock);
             supervisor.start(runtime.directory.getPath());
-            EXPECT_TRUE(supervisor.adopt("tester", child.getPid()));
+            supervisor.adopt("tester", Process::find(child.getPid(), false).value());
         }
         EXPECT_TRUE(await([this] {
             std::lock_guard guard(box.lock);
