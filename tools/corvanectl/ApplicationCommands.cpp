@@ -35,7 +35,7 @@ void showStatistics(const std::string& uid, const Options& options)
 {
     const std::string result = Server(uid, options).call("IApplication::getRuntimeStatistics");
     if (options.json)
-        return printLine(result);
+        return printJson(result);
     Corvane::Deserializer deserializer(result);
     const Corvane::ILifecycleManagement::RuntimeStatistics statistics(deserializer);
     printTable({{"process", makePrintable(statistics.getProcessName())},

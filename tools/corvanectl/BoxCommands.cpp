@@ -111,7 +111,7 @@ void runLaunch(const Launch& launch, const Patience& patience, const Options& op
     std::string outcome = writeObject("uid", writeString(uid));
     if (patience.isWanted())
         outcome = manager.await("uid", uid, "onLaunch", "onLaunchFailure", patience.get());
-    printLine(options.json ? outcome : uid);
+    options.json ? printJson(outcome) : printLine(uid);
 }
 
 void addLaunchOptions(CLI::App& command, Launch& launch)
@@ -173,7 +173,7 @@ void runRequest(const BoxRequest& request, const std::string& word, const Patien
         return printResult(result, options.json);
     const std::string outcome = manager.await("uid", uid, request.success, request.failure, patience.get());
     if (options.json)
-        printLine(outcome);
+        printJson(outcome);
 }
 
 } // namespace
@@ -193,7 +193,7 @@ void moveFocus(const std::string& word, bool focus, const Options& options)
     const auto patience = Patience().get();
     const std::string outcome = manager.await(focus ? "uid" : "oldUid", uid, "onFocusMove", "onFocusFailure", patience);
     if (options.json)
-        printLine(outcome);
+        printJson(outcome);
 }
 
 void addBoxCommands(CLI::App& app, Options& options)

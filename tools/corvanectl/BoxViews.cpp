@@ -136,7 +136,7 @@ void printApplications(Manager& manager, LoadMeter& meter, bool json)
     addIdentity(rows.back());
     for (const element application : answer.root.get_array()) {
         if (json) {
-            printLine(writeCompact(application));
+            printJson(writeCompact(application));
             continue;
         }
         rows.push_back({show(application, "uid"), show(application, "pid"), showState(application),
@@ -209,7 +209,7 @@ void printLastWords(const element& end, const char* stream, const std::string& m
         return;
     while (!words.empty()) {
         const std::size_t length = std::min(words.find('\n'), words.size());
-        printLine(mark + makePrintable(words.substr(0, length)));
+        printLine(mark + std::string(words.substr(0, length)));
         words.remove_prefix(std::min(length + 1, words.size()));
     }
 }
@@ -245,7 +245,7 @@ void showHistory(const HistoryChoice& choice, const Options& options)
     for (std::size_t i = first; i < chosen.size(); ++i) {
         const element& end = chosen[i];
         if (options.json) {
-            printLine(writeCompact(end));
+            printJson(writeCompact(end));
             continue;
         }
         const std::string who = show(end, "time") + "  " + show(end, "uid") + "  ";
@@ -275,7 +275,7 @@ void showAudit(unsigned int limit, const Options& options)
     Rows rows{{"TIME", "USER", "PID", "PROGRAM", "OUTCOME", "METHOD", "SUBJECT", "PROBLEM"}};
     for (const element deed : answer.root.get_array()) {
         if (options.json)
-            printLine(writeCompact(deed));
+            printJson(writeCompact(deed));
         else
             rows.push_back({show(deed, "time"), showUser(deed), show(deed, "pid"), show(deed, "program"),
                             show(deed, "outcome"), show(deed, "method"), show(deed, "subject"), show(deed, "problem")});
@@ -297,7 +297,7 @@ void listWindows(const Options& options)
     addIdentity(rows.back());
     for (const element& window : windows) {
         if (options.json) {
-            printLine(writeCompact(window));
+            printJson(writeCompact(window));
             continue;
         }
         rows.push_back({show(window, "index"), show(window, "uid"), show(window, "zOrder"),
@@ -325,7 +325,7 @@ void saveScreenshot(const std::string& file, const Options& options)
     if (!copy || !(copy << picture.rdbuf()).flush())
         throw std::system_error(errno, std::generic_category(), "cannot write " + file);
     if (options.json)
-        printLine(writeObject("file", writeString(file)));
+        printJson(writeObject("file", writeString(file)));
 }
 
 } // namespace

@@ -105,7 +105,7 @@ void describe(const std::string& uid, const Options& options)
     Server server(uid, options);
     const std::string answer = server.call("rpc.discover");
     if (options.json)
-        return printLine(answer);
+        return printJson(answer);
     const JsonText document(answer);
     printLine("Server " + makePrintable(server.getName()));
     printMethods(document.root);

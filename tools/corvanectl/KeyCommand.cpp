@@ -63,8 +63,9 @@ bool send(Server& server, const IWindowEvent::InputEvent& event)
 
 void show(const std::string& what, const std::string& done, bool isUsed, const Options& options)
 {
-    printLine(options.json ? writeObject(done, isUsed ? "true" : "false")
-                           : what + " " + done + ": " + (isUsed ? "used" : "not used"));
+    if (options.json)
+        return printJson(writeObject(done, isUsed ? "true" : "false"));
+    printLine(what + " " + done + ": " + (isUsed ? "used" : "not used"));
 }
 
 void pressKey(const std::string& uid, const Key& key, const Options& options)

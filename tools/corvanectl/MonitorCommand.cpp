@@ -58,7 +58,7 @@ private:
     /// A reader sees each line as soon as it is written; a reader that is gone ends the command.
     void print(const std::string& text)
     {
-        printLine(json ? text : tellTime() + "  " + text);
+        json ? printJson(text) : printLine(tellTime() + "  " + text);
         if (!std::cout.flush())
             EndSignals::raise();
     }

@@ -24,7 +24,9 @@ public:
 /// @return the value as JSON text on one line, without blanks
 std::string writeCompact(const simdjson::dom::element& value);
 
-/// @return the text with its control characters written as \xNN: what an application says cannot drive a terminal
+/// @return the text with \xNN for each byte of what commands a terminal instead of being seen: control characters,
+/// those
+///         that change the direction of writing, and what is no UTF-8
 std::string makePrintable(std::string_view text);
 
 /// @return a string as it is, any other value as JSON text
@@ -33,8 +35,11 @@ std::string inWords(const simdjson::dom::element& value);
 /// @return the member that is a text, as it is; empty for any other and for none
 std::string textOf(const simdjson::dom::element& object, const char* key);
 
-/// Prints one line.
+/// Prints one line, printable as above: whoever has had a hand in it cannot drive the terminal.
 void printLine(const std::string& line);
+
+/// Prints a JSON text as one line; the same characters are \uNNNN in it.
+void printJson(const std::string& json);
 
 /// Prints rows of cells, the columns aligned.
 void printTable(const std::vector<std::vector<std::string>>& rows);

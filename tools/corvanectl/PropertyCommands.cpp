@@ -68,7 +68,7 @@ void setProperty(const Property& property, const std::string& uid, const std::st
 void showProperty(const Property& property, const std::string& uid, const Options& options)
 {
     const std::string value = Server(uid, options).call(property.getter);
-    printLine(options.json ? value : property.show(value));
+    options.json ? printJson(value) : printLine(property.show(value));
 }
 
 } // namespace

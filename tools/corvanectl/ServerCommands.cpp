@@ -74,7 +74,7 @@ void listServers(const Options& options)
     std::vector<std::vector<std::string>> rows{{"UID", "SERVER", "STATE"}};
     for (const ServerState& server : servers) {
         if (options.json)
-            printLine(writeServer(server));
+            printJson(writeServer(server));
         else
             rows.push_back({makePrintable(uidOf(server.name)), makePrintable(server.name), describeState(server)});
     }

@@ -53,6 +53,9 @@ try {
     text.forEachMember([this](std::string_view name, simdjson::dom::element value, std::string_view raw) {
         readMember(name, value, raw, *this);
     });
+    // JSON-RPC lets it away where there are none; whoever is told gets an object all the same.
+    if (isNotification && parameters.empty())
+        parameters = "{}";
     if (!isNotification && (id.empty() || (result.empty() && !errorCode)))
         throw badAnswer("neither an answer nor a notification");
 } catch (const SerialError& error) {
