@@ -72,6 +72,7 @@ void Manager::end()
     {
         std::lock_guard guard(box.lock);
         windows.flush();
+        box.tendHistory();
         supervisor.disconnectAll();
     }
     box.workers.finish();

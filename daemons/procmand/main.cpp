@@ -17,6 +17,8 @@ int main(int argc, char** argv)
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    // A file that may not grow any further is an error of the write, and not the end.
+    std::signal(SIGXFSZ, SIG_IGN);
     Corvane::debugInitialize("procmand");
     try {
         Procmand::Manager(*settings).run();

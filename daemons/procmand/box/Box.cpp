@@ -10,6 +10,8 @@ namespace
 
 /// Nothing waits for an application here but the moves of the focus, which are made one after the other.
 constexpr unsigned int WORKERS = 8;
+/// How often a history that cannot be written is tried again.
+constexpr std::chrono::seconds RETRY_INTERVAL{1};
 
 const char* phaseOf(const ManagedApplication& application)
 {
@@ -43,9 +45,27 @@ void Box::remember(PastRecord record)
     past.push_back(std::move(record));
     if (past.size() > PAST_LIMIT)
         past.pop_front();
-    history.append(past.back().text);
+    note(past.back().text);
+}
+
+void Box::note(const std::string& record)
+{
+    history.append(record);
+    if (historyTimer != 0 || (!history.isWaiting() && !history.isLong()))
+        return;
+    // Not now: what is being changed must be whole before it is written as it is.
+    const auto delay = history.isWaiting() ? RETRY_INTERVAL : std::chrono::milliseconds::zero();
+    historyTimer = loop.schedule(delay, [this] { tendHistory(); });
+}
+
+void Box::tendHistory()
+{
+    loop.cancel(historyTimer);
+    history.retry();
     if (history.isLong())
         compactHistory();
+    if (history.isWaiting() || history.isLong())
+        historyTimer = loop.schedule(RETRY_INTERVAL, [this] { tendHistory(); });
 }
 
 void Box::dropOutput() const

@@ -32,6 +32,10 @@ struct Box {
     void remember(PastRecord record);
     /// Removes what applications printed that neither are known nor have a place in the past.
     void dropOutput() const;
+    /// Writes a record into the history, which is written anew soon once it is long.
+    void note(const std::string& record);
+    /// Writes what could not be written before; and where the history is long, writes it anew.
+    void tendHistory();
     /// Writes the history anew, with nothing in it but what matters today.
     void compactHistory();
 
@@ -51,6 +55,7 @@ struct Box {
     std::unique_ptr<ICompositor> compositor = makeCompositor("memory");
     std::deque<PastRecord> past; ///< the last ones
     bool isEnding = false;       ///< nothing is started any more
+    EventLoop::Timer historyTimer = 0;
     /// Last, so that it goes first: its jobs use the rest.
     Workers workers;
 };

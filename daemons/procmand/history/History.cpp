@@ -7,6 +7,7 @@
 #include <fstream>
 #include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace Procmand
 {
@@ -14,9 +15,8 @@ namespace Procmand
 namespace
 {
 
-constexpr std::size_t LONG_GROWTH = 4 * 1024 * 1024;
-
-bool writeWhole(int descriptor, const std::string& text)
+/// @return how many bytes of the text were written; errno tells why it is not all of them
+std::size_t writeSome(int descriptor, const std::string& text)
 {
     std::size_t written = 0;
     while (written < text.size()) {
@@ -24,28 +24,28 @@ bool writeWhole(int descriptor, const std::string& text)
         if (count < 0 && errno == EINTR)
             continue;
         if (count <= 0)
-            return false;
+            break;
         written += static_cast<std::size_t>(count);
     }
-    return true;
+    return written;
 }
 
 } // namespace
 
 History::History(std::string path) : path(std::move(path))
 {
-    open();
+    file.reset(::open(this->path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+    struct stat status {
+    };
+    if (!file.isOpen() || fstat(file.get(), &status) != 0)
+        throw std::system_error(errno, std::generic_category(), "cannot open the history " + this->path);
+    size = static_cast<std::size_t>(status.st_size);
+    rewrittenSize = size;
     char last = '\n';
-    const off_t size = lseek(file.get(), 0, SEEK_END);
-    if (size > 0 && pread(file.get(), &last, 1, size - 1) == 1 && last != '\n')
-        writeWhole(file.get(), "\n");
-}
-
-void History::open()
-{
-    file.reset(::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
-    if (!file.isOpen())
-        throw std::system_error(errno, std::generic_category(), "cannot open the history " + path);
+    if (size > 0 && pread(file.get(), &last, 1, status.st_size - 1) == 1 && last != '\n') {
+        waiting = "\n";
+        retry();
+    }
 }
 
 std::vector<std::string> History::read() const
@@ -61,37 +61,70 @@ std::vector<std::string> History::read() const
 void History::append(const std::string& record)
 {
     // In one call, so that a process manager that is killed leaves whole records or none.
-    if (!writeWhole(file.get(), record + "\n"))
-        report("write");
+    waiting += record + "\n";
+    retry();
 }
 
-bool History::isLong() const
+void History::retry()
 {
-    struct stat status {
-    };
-    return fstat(file.get(), &status) == 0 && static_cast<std::size_t>(status.st_size) > rewrittenSize + LONG_GROWTH;
+    if (waiting.empty())
+        return;
+    errno = EFBIG;
+    const bool hasRoom = size + waiting.size() <= rewrittenSize + GROWTH_LIMIT;
+    const std::size_t written = hasRoom ? writeSome(file.get(), waiting) : 0;
+    size += written;
+    const int error = errno;
+    waiting.erase(0, written);
+    if (waiting.empty()) {
+        failed = failed && isLong(); // the trouble is not over
+        return;
+    }
+    errno = error;
+    report("write");
+    if (waiting.size() > WAITING_LIMIT)
+        dropWaiting();
 }
 
-void History::rewrite(const std::vector<std::string>& records)
+void History::dropWaiting()
+{
+    isIncomplete = true;
+    // The file may end within a record.
+    waiting = "\n";
+}
+
+bool History::rewrite(const std::vector<std::string>& records)
 {
     const std::string temporary = path + ".new";
     std::string text;
     for (const std::string& record : records)
         text += record + "\n";
-    Corvane::FileDescriptor output(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-    if (!output.isOpen() || !writeWhole(output.get(), text) || fdatasync(output.get()) != 0 ||
-        rename(temporary.c_str(), path.c_str()) != 0)
+    ::unlink(temporary.c_str()); // a process manager that was killed may have left it
+    constexpr int FLAGS = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_APPEND | O_CLOEXEC;
+    Corvane::FileDescriptor output(::open(temporary.c_str(), FLAGS, 0600));
+    if (!output.isOpen())
         return report("rewrite");
-    rewrittenSize = text.size();
-    open();
+    if (writeSome(output.get(), text) != text.size() || fdatasync(output.get()) != 0 ||
+        rename(temporary.c_str(), path.c_str()) != 0) {
+        report("rewrite");
+        ::unlink(temporary.c_str()); // a full disk has better use for its room
+        return false;
+    }
+    file = std::move(output);
+    size = text.size();
+    rewrittenSize = size;
+    waiting.clear();
+    isIncomplete = false;
+    failed = false;
+    return true;
 }
 
-void History::report(const char* action)
+bool History::report(const char* action)
 {
     if (!failed)
         Corvane::corvaneDebugPrint(Corvane::DEBUG_ERROR, "procmand", "History", __LINE__, "cannot %s %s: %s\n", action,
                                    path.c_str(), std::strerror(errno));
     failed = true;
+    return false;
 }
 
 } // namespace Procmand

@@ -135,7 +135,7 @@ void Supervisor::watch(ManagedApplication& application, Process process)
     application.phase = Phase::RUNNING;
     application.process = std::move(process);
     application.wasAlive = false;
-    box.history.append(makeStartRecord(application).write());
+    box.note(makeStartRecord(application).write());
     watchProcess(application);
     links.connect(application);
 }

@@ -41,7 +41,7 @@ void Supervisor::restartByPolicy(ManagedApplication& application, bool failed, s
     if (!delay)
         return giveUp(application);
     application.phase = Phase::WAITING;
-    box.history.append(makeStartRecord(application).write());
+    box.note(makeStartRecord(application).write());
     box.notices.onRestartDelay(application.uid, *delay, application.restartsInRow + 1);
     application.restartTimer =
         box.loop.schedule(*delay, [this, uid = application.uid, generation = application.generation] {
@@ -60,7 +60,7 @@ void Supervisor::giveUp(ManagedApplication& application)
     application.phase = Phase::GIVEN_UP;
     box.remember({.uid = application.uid,
                   .text = writeGivenUpRecord(application.uid, application.program, application.restartsInRow)});
-    box.history.append(makeStartRecord(application).write());
+    box.note(makeStartRecord(application).write());
     box.notices.onRestartLimit(application.uid, application.restartsInRow);
     forgetTheOldest();
 }
@@ -99,7 +99,7 @@ void Supervisor::restartNow(ManagedApplication& application)
 void Supervisor::forget(ManagedApplication& application)
 {
     box.loop.cancel(application.restartTimer);
-    box.history.append(writeGoneRecord(application.uid));
+    box.note(writeGoneRecord(application.uid));
     focus.onForgotten(application.uid);
     box.registry.remove(application.uid);
     // Later: while the box is taken up, not everyone is known yet.

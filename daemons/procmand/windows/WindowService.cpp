@@ -10,8 +10,9 @@ namespace Procmand
 namespace
 {
 
-/// A window that fades changes often; its states are written at most so often.
-constexpr std::chrono::milliseconds KEEP_INTERVAL{500};
+/// A window that fades changes often, and who asks for windows and gives them back does so too: the windows are written
+/// at most so often.
+constexpr std::chrono::seconds KEEP_INTERVAL{1};
 
 } // namespace
 
@@ -26,9 +27,8 @@ WindowService::Token WindowService::grant(const std::string& uid, const Settings
         return exhaust(uid, "all " + std::to_string(box.settings.windowLimit) + " are in use");
     const WindowState window = box.windows.add(uid, settings);
     takePlaceBack(window);
-    show();
     box.notices.onWindowGrant(window);
-    keepNow();
+    keep();
     return {Token::STATE_GRANTED, window.index};
 }
 
@@ -68,9 +68,8 @@ void WindowService::release(unsigned int index)
     if (owner != nullptr && owner->stopPurpose == StopPurpose::NONE)
         rememberPlacement(*owner);
     box.windows.remove(index);
-    show();
     box.notices.onWindowRelease(window);
-    keepNow();
+    keep();
 }
 
 void WindowService::releaseAll(const std::string& uid)
@@ -80,6 +79,7 @@ void WindowService::releaseAll(const std::string& uid)
     std::sort(indices.begin(), indices.end(), std::greater());
     for (const unsigned int index : indices)
         release(index);
+    flush(); // an end is written at once, and so is what changed before it
 }
 
 void WindowService::restore(const std::vector<WindowState>& windows)
@@ -116,20 +116,26 @@ void WindowService::show()
 void WindowService::keep()
 {
     show();
+    isToBeKept = true;
+    // The first change at once, so that a process manager that is killed leaves what the application was told.
     if (keepTimer == 0)
-        keepTimer = box.loop.schedule(KEEP_INTERVAL, [this] { flush(); });
-}
-
-void WindowService::flush()
-{
-    if (keepTimer != 0)
         keepNow();
 }
 
 void WindowService::keepNow()
 {
-    box.loop.cancel(keepTimer);
-    box.history.append(writeWindowsRecord(box.windows.getWindows()));
+    flush();
+    keepTimer = box.loop.schedule(KEEP_INTERVAL, [this] {
+        keepTimer = 0;
+        if (isToBeKept)
+            keepNow();
+    });
+}
+
+void WindowService::flush()
+{
+    if (std::exchange(isToBeKept, false))
+        box.note(writeWindowsRecord(box.windows.getWindows()));
 }
 
 } // namespace Procmand

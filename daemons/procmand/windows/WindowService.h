@@ -51,12 +51,13 @@ private:
     void announceChanges(const std::vector<WindowState>& before) const;
     /// Hands the windows to the compositor.
     void show();
-    /// Shows the windows, and writes their states soon; which windows there are is written at once.
+    /// Shows the windows and writes their states: at once after a quiet second, else when a second has passed.
     void keep();
     void keepNow();
 
     Box& box;
     EventLoop::Timer keepTimer = 0;
+    bool isToBeKept = false;
 };
 
 } // namespace Procmand

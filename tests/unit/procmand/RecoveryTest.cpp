@@ -1,12 +1,9 @@
 #include "history/Recovery.h"
-#include "box/Box.h"
-#include "history/History.h"
 
-#include <filesystem>
-#include <fstream>
+#include "history/EndRecord.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <support/TemporaryDirectory.h>
 
 namespace Procmand
 {
@@ -41,9 +38,6 @@ protected:
             uids.push_back(uid + (application.hasEnded ? " has ended" : ""));
         return uids;
     }
-
-    Corvane::Test::TemporaryDirectory folder;
-    const std::string path = folder.getPath() + "/history.jsonl";
 };
 
 } // namespace
@@ -139,61 +133,6 @@ TEST_F(RecoveryTest, LeavesOutWhatItCannotRead)
 
     EXPECT_THAT(uidsOf(recovery), ElementsAre("runs"));
     EXPECT_TRUE(recovery.past.empty());
-}
-
-TEST_F(RecoveryTest, IsOnlyEverAppendedToUntilItIsWrittenAnew)
-{
-    {
-        History history(path);
-        history.append(start("a"));
-        history.append(end("a"));
-    }
-    History history(path);
-    history.append(start("b"));
-    EXPECT_THAT(history.read(), ElementsAre(start("a"), end("a"), start("b")));
-
-    history.rewrite({start("b")});
-    history.append(end("b"));
-    EXPECT_THAT(history.read(), ElementsAre(start("b"), end("b")));
-}
-
-TEST_F(RecoveryTest, IsNotWrittenAnewForItsOwnLength)
-{
-    const std::string record = R"({"text":")" + std::string(1024 * 1024, 'x') + "\"}";
-    History history(path);
-    history.rewrite({record, record, record, record, record});
-    EXPECT_FALSE(history.isLong()) << "so much matters today";
-    for (int i = 0; i < 4; ++i)
-        history.append(record);
-    EXPECT_TRUE(history.isLong());
-}
-
-TEST_F(RecoveryTest, ClosesOffWhatAnInterruptedWriteLeft)
-{
-    std::ofstream(path) << start("a") << "\n{\"record\":\"en";
-    History history(path);
-    history.append(end("a"));
-
-    EXPECT_THAT(history.read(), ElementsAre(start("a"), "{\"record\":\"en", end("a")));
-}
-
-TEST_F(RecoveryTest, IsWrittenAnewWithWhatMattersOnceItIsLong)
-{
-    Settings settings;
-    settings.stateFolder = folder.getPath();
-    Box box(settings, [](const std::string&, const std::string&) {});
-    ManagedApplication& waiting = box.registry.add("waits");
-    waiting.phase = ManagedApplication::Phase::WAITING;
-    EndRecord record;
-    record.uid = "crashes";
-    record.standardError = std::string(4096, 'x');
-    for (int i = 0; i < 1200; ++i)
-        box.remember({.uid = record.uid, .text = record.write()});
-
-    EXPECT_LT(std::filesystem::file_size(path), 4U * 1024 * 1024) << "1200 ends take more";
-    const Recovery recovery = Recovery::read(box.history.read());
-    EXPECT_THAT(uidsOf(recovery), ElementsAre("waits has ended"));
-    EXPECT_THAT(recovery.past, SizeIs(PAST_LIMIT));
 }
 
 } // namespace Procmand
