@@ -1,6 +1,7 @@
 #include "launch/LaunchRequest.h"
 
 #include <corvane/foundation/SerialError.h>
+#include <optional>
 #include <simdjson.h>
 
 namespace Procmand
@@ -40,14 +41,19 @@ void readIdentity(const char* key, std::string& value, std::string_view letters,
         deserializer.fail(key, expected);
 }
 
-/// The deserializer knows no arrays, so this one member is read with the parser itself.
-std::vector<std::string> readArguments(const std::string& text)
+/// @return the last member of that name, as the deserializer has it
+std::optional<simdjson::dom::element> findMember(simdjson::dom::object object, std::string_view name)
 {
-    simdjson::dom::parser parser;
-    std::vector<std::string> arguments;
-    simdjson::dom::element list;
-    if (parser.parse(text)["arguments"].get(list) != simdjson::SUCCESS)
-        return arguments;
+    std::optional<simdjson::dom::element> found;
+    for (const auto& [key, value] : object)
+        if (key == name)
+            found = value;
+    return found;
+}
+
+/// The deserializer knows no arrays.
+void readArguments(simdjson::dom::element list, std::vector<std::string>& arguments)
+{
     simdjson::dom::array array;
     if (list.get(array) != simdjson::SUCCESS)
         throw SerialError("arguments: expected an array");
@@ -57,22 +63,37 @@ std::vector<std::string> readArguments(const std::string& text)
             throw SerialError("arguments: expected strings");
         arguments.emplace_back(argument);
     }
-    return arguments;
 }
 
-std::map<std::string, std::string> readEnvironment(Deserializer& deserializer)
+/// The deserializer, which is there for the errors, looks for each member from the beginning: with tens of thousands of
+/// them that takes long.
+void readEnvironment(simdjson::dom::element members, LaunchRequest& request, Deserializer& deserializer)
 {
-    std::map<std::string, std::string> environment;
-    if (!deserializer.hasMember("environment"))
-        return environment;
     deserializer.enterMember("environment");
-    for (const std::string& name : deserializer.getMemberNames()) {
+    std::map<std::string_view, simdjson::dom::element> variables;
+    const simdjson::dom::object object = members;
+    for (const auto& [name, value] : object)
+        variables.insert_or_assign(name, value);
+    for (const auto& [key, value] : variables) {
+        const std::string name(key);
         if (name.empty() || name.find('=') != name.npos)
             deserializer.fail(name, "is no name of an environment variable");
-        environment[name] = deserializer.readString(name);
+        std::string_view text;
+        request.environment[name] =
+            value.get(text) == simdjson::SUCCESS ? std::string(text) : deserializer.readString(name);
     }
     deserializer.leaveMember("environment");
-    return environment;
+}
+
+/// Reads what the deserializer has no operations for.
+void readLists(const std::string& text, LaunchRequest& request, Deserializer& deserializer)
+{
+    simdjson::dom::parser parser;
+    const simdjson::dom::object members = parser.parse(text);
+    if (const auto list = findMember(members, "arguments"))
+        readArguments(*list, request.arguments);
+    if (const auto object = findMember(members, "environment"))
+        readEnvironment(*object, request, deserializer);
 }
 
 /// The system's calls take texts that end with NUL.
@@ -113,8 +134,7 @@ LaunchRequest LaunchRequest::read(const std::string& text)
                  "expected 1 to 32 of a-z, 0-9 and -, the first one no -", deserializer);
     readIdentity("uid", request.uid, UID_LETTERS, UID_LENGTH,
                  "expected 1 to 64 of A-Z, a-z, 0-9, -, . and _, the first one neither - nor .", deserializer);
-    request.arguments = readArguments(text);
-    request.environment = readEnvironment(deserializer);
+    readLists(text, request, deserializer);
     readOptional("workingDirectory", request.workingDirectory, deserializer);
     readOptional("applicationType", request.applicationType, deserializer);
     readOptional("applicationParameters", request.applicationParameters, deserializer);
