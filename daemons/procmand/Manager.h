@@ -36,7 +36,7 @@ private:
     void checkEnd();
     void feedWatchdog();
 
-    const ServiceManager serviceManager; ///< first, before there are threads
+    const ServiceManager serviceManager;
     Box box;
     OutputWatch outputWatch{box.files};
     FocusControl focus;

@@ -16,13 +16,11 @@ namespace Procmand
 namespace
 {
 
-/// @return the variable, which is not in the environment any more; empty where there is none
-std::string takeVariable(const char* name)
+/// @return the variable, empty where there is none
+std::string readVariable(const char* name)
 {
     const char* const value = std::getenv(name);
-    const std::string text = value == nullptr ? "" : value;
-    unsetenv(name);
-    return text;
+    return value == nullptr ? "" : value;
 }
 
 std::optional<long long> readNumber(const std::string& text)
@@ -36,13 +34,13 @@ std::optional<long long> readNumber(const std::string& text)
 
 } // namespace
 
-ServiceManager::ServiceManager() : socket(takeVariable("NOTIFY_SOCKET"))
+ServiceManager::ServiceManager() : socket(readVariable("NOTIFY_SOCKET"))
 {
     if (socket.starts_with('@'))
         socket.front() = '\0';
-    const std::optional<long long> microseconds = readNumber(takeVariable("WATCHDOG_USEC"));
+    const std::optional<long long> microseconds = readNumber(readVariable("WATCHDOG_USEC"));
     // It may be meant for the process that this one was started by.
-    const std::string pid = takeVariable("WATCHDOG_PID");
+    const std::string pid = readVariable("WATCHDOG_PID");
     if (microseconds && (pid.empty() || readNumber(pid) == getpid()))
         watchdogInterval = std::chrono::milliseconds(*microseconds / 2000);
 }

@@ -16,6 +16,8 @@ constexpr std::chrono::seconds RETRY_INTERVAL{1};
 const char* phaseOf(const ManagedApplication& application)
 {
     switch (application.phase) {
+    case ManagedApplication::Phase::STARTING:
+        return application.process ? StartRecord::RUNNING : StartRecord::STARTING;
     case ManagedApplication::Phase::WAITING:
         return StartRecord::WAITING;
     case ManagedApplication::Phase::GIVEN_UP:
@@ -84,11 +86,8 @@ void Box::compactHistory()
     std::vector<std::string> records;
     for (const PastRecord& record : past)
         records.push_back(record.text);
-    for (const auto& [uid, application] : registry.getAll()) {
-        if (application.phase == ManagedApplication::Phase::STARTING)
-            continue; // its record comes when it has started
+    for (const auto& [uid, application] : registry.getAll())
         records.push_back(makeStartRecord(application).write());
-    }
     records.push_back(writeWindowsRecord(windows.getWindows()));
     history.rewrite(records);
 }

@@ -23,7 +23,8 @@ namespace Procmand
 /// The state of the box and what everything in the process manager works with.
 ///
 /// `lock` guards all of it. Tasks of the loop and the handlers of remote calls hold it; neither ever waits, so it is
-/// held for moments only. What has to wait is a job of the workers, which hold no lock and post what came of it.
+/// held for moments only. What has to wait is a job of the workers, which post what came of it; a job takes the lock
+/// only for a note that must be written before it goes on.
 struct Box {
     /// @throws std::runtime_error  the state folder cannot be used: above all, another process manager has it
     Box(Settings settings, Notices::Sink sink);

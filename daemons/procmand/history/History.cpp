@@ -60,14 +60,13 @@ std::vector<std::string> History::read() const
 
 void History::append(const std::string& record)
 {
-    // In one call, so that a process manager that is killed leaves whole records or none.
     waiting += record + "\n";
     retry();
 }
 
 void History::retry()
 {
-    if (waiting.empty())
+    if (waiting.empty() || wholes > 0)
         return;
     errno = EFBIG;
     const bool hasRoom = size + waiting.size() <= rewrittenSize + GROWTH_LIMIT;

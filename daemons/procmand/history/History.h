@@ -21,6 +21,24 @@ public:
     /// So many bytes of records wait at most.
     static constexpr std::size_t WAITING_LIMIT = 1024 * 1024;
 
+    /// As long as one is there, records only wait; then they are written in one call, so that a process manager that is
+    /// killed leaves all of them or none.
+    class Whole
+    {
+    public:
+        explicit Whole(History& history) : history(history) { ++history.wholes; }
+        ~Whole()
+        {
+            --history.wholes;
+            history.retry();
+        }
+        Whole(const Whole&) = delete;
+        Whole& operator=(const Whole&) = delete;
+
+    private:
+        History& history;
+    };
+
     /// Opens the file, or creates it. What an interrupted write left at its end is closed off.
     /// @throws std::system_error
     explicit History(std::string path);
@@ -47,6 +65,7 @@ private:
     Corvane::FileDescriptor file;
     std::size_t size = 0;
     std::size_t rewrittenSize = 0;
+    unsigned int wholes = 0;
     std::string waiting; ///< goes on where the file ends, be it within a record
     bool isIncomplete = false;
     bool failed = false; ///< and the log has told so

@@ -13,6 +13,7 @@ namespace Procmand
 /// An application with the process that it has or had last, as the history keeps it for a process manager that is
 /// started anew.
 struct StartRecord {
+    static constexpr char STARTING[] = "starting"; ///< no process has run the program yet
     static constexpr char RUNNING[] = "running";
     static constexpr char WAITING[] = "waiting";
     static constexpr char GIVEN_UP[] = "given-up";

@@ -1,13 +1,11 @@
 #include "launch/Launcher.h"
 
-#include "launch/UserSpawn.h"
-
 #include <cerrno>
 #include <corvane/foundation/DebugPrint.h>
-#include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <spawn.h>
+#include <sstream>
 #include <sys/resource.h>
 #include <system_error>
 #include <unistd.h>
@@ -19,23 +17,6 @@ namespace
 {
 
 constexpr char PARAMETERS[] = "CORVANE_APP_PARAMETERS";
-
-/// Texts in the form that the system takes them. The pointers lead into the texts.
-class PointerList
-{
-public:
-    explicit PointerList(std::vector<std::string> list) : texts(std::move(list))
-    {
-        for (std::string& text : texts)
-            pointers.push_back(text.data());
-        pointers.push_back(nullptr);
-    }
-    char** get() { return pointers.data(); }
-
-private:
-    std::vector<std::string> texts;
-    std::vector<char*> pointers;
-};
 
 PointerList makeArguments(const LaunchRequest& request)
 {
@@ -77,30 +58,18 @@ PointerList makeEnvironment(const LaunchRequest& request, const std::string& tok
     return PointerList(std::move(texts));
 }
 
-/// How the new process begins. Its signals are those of a fresh program, whatever the process manager does with its
-/// own.
-class Attributes
+/// @return where the program is looked for
+std::vector<std::string> listPaths(const std::string& program)
 {
-public:
-    Attributes()
-    {
-        sigset_t signals;
-        posix_spawnattr_init(&attributes);
-        posix_spawnattr_setpgroup(&attributes, 0);
-        sigemptyset(&signals);
-        posix_spawnattr_setsigmask(&attributes, &signals);
-        sigfillset(&signals);
-        posix_spawnattr_setsigdefault(&attributes, &signals);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    }
-    ~Attributes() { posix_spawnattr_destroy(&attributes); }
-    Attributes(const Attributes&) = delete;
-    Attributes& operator=(const Attributes&) = delete;
-    const posix_spawnattr_t* get() const { return &attributes; }
-
-private:
-    posix_spawnattr_t attributes;
-};
+    if (program.find('/') != program.npos)
+        return {program};
+    const char* const variable = std::getenv("PATH");
+    std::istringstream folders(variable == nullptr ? "/bin:/usr/bin" : variable);
+    std::vector<std::string> paths;
+    for (std::string folder; std::getline(folders, folder, ':');)
+        paths.push_back((folder.empty() ? "." : folder) + "/" + program);
+    return paths;
+}
 
 /// Opened here, where it is known what failed: the new process could only say that its program was not started.
 Corvane::FileDescriptor openWorkingDirectory(const std::string& path)
@@ -110,29 +79,6 @@ Corvane::FileDescriptor openWorkingDirectory(const std::string& path)
         throw std::system_error(errno, std::generic_category(), "cannot work in " + path);
     return folder;
 }
-
-/// What the new process does before its program runs.
-class Actions
-{
-public:
-    Actions(int folder, int output, int error)
-    {
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-        posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
-        posix_spawn_file_actions_addfchdir_np(&actions, folder);
-        // Not every library that the process manager uses keeps its descriptors to itself.
-        posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
-    }
-    ~Actions() { posix_spawn_file_actions_destroy(&actions); }
-    Actions(const Actions&) = delete;
-    Actions& operator=(const Actions&) = delete;
-    const posix_spawn_file_actions_t* get() const { return &actions; }
-
-private:
-    posix_spawn_file_actions_t actions;
-};
 
 /// @return none where the application runs as the process manager's own user
 std::optional<User> findUserOf(const LaunchRequest& request)
@@ -147,35 +93,19 @@ std::optional<User> findUserOf(const LaunchRequest& request)
 
 } // namespace
 
-Process launch(const LaunchRequest& request, const std::string& token, const OutputFiles& files)
+StartPlan planLaunch(const LaunchRequest& request, const std::string& token, const OutputFiles& files)
 {
-    const std::optional<User> user = findUserOf(request);
-    const OutputFiles::Run run = files.beginRun(token);
-    PointerList arguments = makeArguments(request);
-    PointerList environment = makeEnvironment(request, token, user);
-    const Attributes attributes;
-    const Corvane::FileDescriptor folder = openWorkingDirectory(request.workingDirectory);
-    const Actions actions(folder.get(), run.output.get(), run.error.get());
-    pid_t pid = -1;
-    const int failure = user ? spawnAs(*user,
-                                       {.program = request.program.c_str(),
-                                        .arguments = arguments.get(),
-                                        .environment = environment.get(),
-                                        .folder = folder.get(),
-                                        .output = run.output.get(),
-                                        .error = run.error.get()},
-                                       pid)
-                             : posix_spawnp(&pid, request.program.c_str(), actions.get(), attributes.get(),
-                                            arguments.get(), environment.get());
-    if (failure != 0)
-        throw std::system_error(failure, std::generic_category(), "cannot start " + request.program);
-    // A child that nobody has waited for keeps its id, so this is the one that was started.
-    std::optional<Process> process = Process::find(pid, true);
-    if (process)
-        return std::move(*process);
-    const int reason = errno;
-    kill(-pid, SIGKILL);
-    throw std::system_error(reason, std::generic_category(), "cannot watch " + request.program);
+    std::optional<User> user = findUserOf(request);
+    OutputFiles::Run run = files.beginRun(token);
+    std::vector<gid_t> groups = user ? user->findGroups() : std::vector<gid_t>();
+    return {.paths = listPaths(request.program),
+            .arguments = makeArguments(request),
+            .environment = makeEnvironment(request, token, user),
+            .user = std::move(user),
+            .groups = std::move(groups),
+            .folder = openWorkingDirectory(request.workingDirectory),
+            .output = std::move(run.output),
+            .error = std::move(run.error)};
 }
 
 void raiseNiceLimit()

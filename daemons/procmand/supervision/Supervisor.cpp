@@ -87,20 +87,16 @@ void Supervisor::startProgram(ManagedApplication& application)
     LaunchRequest request = *application.request;
     if (application.takesPlaceBack)
         request.compositingParameters = application.placement->apply(request.compositingParameters);
+    // Before anything else: should this process manager be killed, the next one starts the program.
+    box.note(makeStartRecord(application).write());
     box.workers.run([this, uid = application.uid, generation = application.generation, request = std::move(request)] {
-        std::shared_ptr<Process> process;
-        std::string problem;
-        try {
-            process = std::make_shared<Process>(Procmand::launch(request, uid, box.files));
-        } catch (const std::exception& error) {
-            problem = error.what();
-        }
+        const std::string problem = runProgram(uid, generation, request);
         // What came of it must be known, however short memory is.
         insist([&] {
-            box.loop.post([this, uid, generation, process, problem] {
+            box.loop.post([this, uid, generation, problem] {
                 ManagedApplication* const application = box.registry.find(uid, generation);
-                if (process)
-                    onStarted(*application, std::move(*process));
+                if (problem.empty())
+                    onStarted(*application);
                 else
                     onStartFailure(*application, problem);
             });
@@ -108,9 +104,36 @@ void Supervisor::startProgram(ManagedApplication& application)
     });
 }
 
-void Supervisor::onStarted(ManagedApplication& application, Process process)
+std::string Supervisor::runProgram(const std::string& uid, unsigned long generation, const LaunchRequest& request)
 {
-    watch(application, std::move(process));
+    try {
+        const StartPlan plan = planLaunch(request, uid, box.files);
+        Starter starter(plan);
+        // Before the program runs: should this process manager be killed, there is none that the next one does not
+        // know.
+        noteProcess(uid, generation, starter.getPid());
+        if (const int reason = starter.run(); reason != 0)
+            throw std::system_error(reason, std::generic_category(), "cannot start " + request.program);
+        return {};
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
+void Supervisor::noteProcess(const std::string& uid, unsigned long generation, pid_t pid)
+{
+    std::optional<Process> process = Process::find(pid, true);
+    if (!process)
+        throw std::system_error(errno, std::generic_category(), "cannot watch " + uid);
+    std::lock_guard guard(box.lock);
+    ManagedApplication& application = *box.registry.find(uid, generation);
+    application.process = std::move(process);
+    box.note(makeStartRecord(application).write());
+}
+
+void Supervisor::onStarted(ManagedApplication& application)
+{
+    watch(application);
     box.notices.onLaunch(application.uid, application.process->getPid(), application.program, application.restarts);
     // It may have been asked to stop while it was being started.
     if (application.stopPurpose != StopPurpose::NONE)
@@ -119,6 +142,7 @@ void Supervisor::onStarted(ManagedApplication& application, Process process)
 
 void Supervisor::onStartFailure(ManagedApplication& application, const std::string& reason)
 {
+    application.process.reset();
     corvaneDebugPrint(Corvane::DEBUG_ERROR, "procmand", "Supervisor", __LINE__, "%s: %s\n", application.uid.c_str(),
                       reason.c_str());
     box.notices.onLaunchFailure(application.uid, application.program, reason);
@@ -130,12 +154,10 @@ void Supervisor::onStartFailure(ManagedApplication& application, const std::stri
     forget(application);
 }
 
-void Supervisor::watch(ManagedApplication& application, Process process)
+void Supervisor::watch(ManagedApplication& application)
 {
     application.phase = Phase::RUNNING;
-    application.process = std::move(process);
     application.wasAlive = false;
-    box.note(makeStartRecord(application).write());
     watchProcess(application);
     links.connect(application);
 }
@@ -164,7 +186,9 @@ void Supervisor::adopt(const std::string& uid, Process process)
     application.program = command.empty() ? std::string() : command.front();
     application.type = findType(command);
     const pid_t pid = process.getPid();
-    watch(application, std::move(process));
+    application.process = std::move(process);
+    watch(application);
+    box.note(makeStartRecord(application).write());
     box.notices.onRegister(uid, pid, application.program);
 }
 
@@ -189,11 +213,17 @@ void Supervisor::recover(const Recovery::Application& recovered)
     application.restarts = start.restarts;
     application.restartsInRow = start.restartsInRow;
     application.placement = start.placement;
-    if (lives)
-        return watch(application, std::move(*process));
+    if (lives) {
+        application.process = std::move(process);
+        return watch(application);
+    }
     if (start.phase == StartRecord::GIVEN_UP) {
         application.phase = Phase::GIVEN_UP;
         return;
+    }
+    if (start.phase == StartRecord::STARTING && start.request) {
+        application.takesPlaceBack = application.placement && !application.request->fresh;
+        return startProgram(application);
     }
     application.end.emplace();
     if (!recovered.hasEnded)
@@ -437,6 +467,8 @@ void Supervisor::onProcessEnd(ManagedApplication& application)
 
 void Supervisor::finishEnd(ManagedApplication& application)
 {
+    // The end, and what comes of it.
+    const History::Whole whole(box.history);
     box.loop.cancel(application.lastWordsTimer);
     states.flush(application);
     // What is still on its way from this process comes too late.

@@ -58,9 +58,14 @@ private:
     void takeWords(const LaunchRequest& request);
     void startProgram(ManagedApplication& application);
     void beginStop(ManagedApplication& application, StopPurpose purpose);
-    void onStarted(ManagedApplication& application, Process process);
+    /// Waits until the program runs. A job of the workers. @return why it does not, empty when it does
+    std::string runProgram(const std::string& uid, unsigned long generation, const LaunchRequest& request);
+    /// Takes hold of a process that waits for its program, and writes it into the history. A job of the workers.
+    /// @throws std::system_error
+    void noteProcess(const std::string& uid, unsigned long generation, pid_t pid);
+    void onStarted(ManagedApplication& application);
     void onStartFailure(ManagedApplication& application, const std::string& reason);
-    void watch(ManagedApplication& application, Process process);
+    void watch(ManagedApplication& application);
     void watchProcess(ManagedApplication& application);
     /// The application has given a sign of life; the next one is awaited.
     void awaitKeepAlive(ManagedApplication& application);

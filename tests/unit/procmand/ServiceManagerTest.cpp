@@ -93,7 +93,6 @@ TEST(ServiceManager, WaitsForASignTwiceInItsDeadline)
 {
     const ScopedEnvironment deadline("WATCHDOG_USEC", "30000000");
     EXPECT_EQ(ServiceManager().getWatchdogInterval(), std::chrono::seconds(15));
-    EXPECT_EQ(ServiceManager().getWatchdogInterval(), std::nullopt) << "the variable is taken";
 }
 
 TEST(ServiceManager, WaitsForNoSignOfThisProcessWhenItMeansAnother)
@@ -109,18 +108,6 @@ TEST(ServiceManager, WaitsForNoSignWhenItsDeadlineIsNone)
         const ScopedEnvironment deadline("WATCHDOG_USEC", text);
         EXPECT_EQ(ServiceManager().getWatchdogInterval(), std::nullopt) << text;
     }
-}
-
-TEST(ServiceManager, IsNotWhatTheApplicationsTalkTo)
-{
-    const ScopedEnvironment socket("NOTIFY_SOCKET", "/nowhere");
-    const ScopedEnvironment deadline("WATCHDOG_USEC", "30000000");
-    const ScopedEnvironment pid("WATCHDOG_PID", std::to_string(getpid()).c_str());
-
-    const ServiceManager serviceManager;
-
-    for (const char* name : {"NOTIFY_SOCKET", "WATCHDOG_USEC", "WATCHDOG_PID"})
-        EXPECT_EQ(std::getenv(name), nullptr) << name;
 }
 
 } // namespace Procmand
