@@ -35,6 +35,13 @@ protected:
             return false;
         }
     }
+    void awaitDeath()
+    {
+        ASSERT_EQ(procmand->wait().signal, SIGKILL) << "the point is never reached";
+        // A process that it has just forked has its socket, until it is on its own.
+        ASSERT_TRUE(await([] { return Corvane::RPCClient::listServers().empty(); }));
+        client.reset();
+    }
     /// The processes that run the program, whoever knows them.
     std::vector<pid_t> findFaithful() const
     {
@@ -80,8 +87,7 @@ TEST_P(ProcmandKillAtLaunch, LeavesTheApplicationThereOnceAndKnown)
 {
     startDoomed();
     const bool isAnswered = launchFaithful();
-    ASSERT_EQ(procmand->wait().signal, SIGKILL) << "the point is never reached";
-    client.reset();
+    ASSERT_NO_FATAL_FAILURE(awaitDeath());
 
     startProcmand(OPTIONS);
     if (isAnswered || GetParam() != std::string("before record 1"))
@@ -97,8 +103,7 @@ TEST_P(ProcmandKillAtRestart, LeavesTheApplicationThereOnceAndKnown)
     ASSERT_TRUE(launchFaithful());
     ASSERT_TRUE(await([this] { return isThereOnce(); }));
     kill(findFaithful().front(), SIGKILL);
-    ASSERT_EQ(procmand->wait().signal, SIGKILL) << "the point is never reached";
-    client.reset();
+    ASSERT_NO_FATAL_FAILURE(awaitDeath());
 
     startProcmand(OPTIONS);
     EXPECT_TRUE(await([this] { return isThereOnce(); })) << findFaithful().size() << " processes";

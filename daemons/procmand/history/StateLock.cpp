@@ -1,11 +1,13 @@
 #include "history/StateLock.h"
 
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <stdexcept>
 #include <sys/file.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace Procmand
@@ -13,6 +15,23 @@ namespace Procmand
 
 namespace
 {
+
+/// A process that another process manager made has what that one had open, until it is on its own: for a moment, which
+/// may be longer than its maker lives.
+constexpr std::chrono::seconds PATIENCE{1};
+constexpr std::chrono::milliseconds PAUSE{10};
+
+/// @return whether the lock was taken; errno tells why not
+bool takeLock(int file)
+{
+    const auto deadline = std::chrono::steady_clock::now() + PATIENCE;
+    while (flock(file, LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(PAUSE);
+    }
+    return true;
+}
 
 /// @return what the holder of the lock has written about itself
 std::string readHolder(int file)
@@ -31,7 +50,7 @@ StateLock::StateLock(const std::string& folder)
     file.reset(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (!file.isOpen())
         throw std::system_error(errno, std::generic_category(), "cannot open " + path);
-    if (flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
+    if (!takeLock(file.get())) {
         if (errno == EWOULDBLOCK)
             throw std::runtime_error("the state folder " + folder + " is in use by " + readHolder(file.get()));
         throw std::system_error(errno, std::generic_category(), "cannot lock " + path);

@@ -89,6 +89,8 @@ int execute(const StartPlan& plan)
 
 int becomeProgram(const StartPlan& plan)
 {
+    setpgid(0, 0);
+    resetSignals();
     char word{};
     if (recv(CHANNEL, &word, 1, 0) != 1)
         return ECANCELED;
@@ -100,9 +102,8 @@ int becomeProgram(const StartPlan& plan)
 
 [[noreturn]] void runNewProcess(const StartPlan& plan, int channel)
 {
-    setpgid(0, 0);
-    resetSignals();
-    // The folder is entered by the new user, who may not be allowed to.
+    // Soon: should the process manager be killed, its successor needs what it has open. As the new user, who may not be
+    // allowed to enter the folder.
     const bool isReady = becomeUser(plan) && arrangeDescriptors(plan, channel);
     const int reason = isReady ? becomeProgram(plan) : errno;
     send(isReady ? CHANNEL : channel, &reason, sizeof reason, MSG_NOSIGNAL);

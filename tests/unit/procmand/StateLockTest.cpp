@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <stdexcept>
+#include <support/ChildProcess.h>
 #include <support/TemporaryDirectory.h>
 #include <unistd.h>
 
@@ -24,6 +25,16 @@ TEST(StateLockTest, KeepsOthersOffTheFolderAndTellsWhoHasIt)
 
     first.reset();
     EXPECT_NO_THROW(StateLock{folder}) << "it is free again";
+}
+
+TEST(StateLockTest, WaitsForAProcessThatHasTheFolderForAMomentOnly)
+{
+    const Corvane::Test::TemporaryDirectory folder;
+    Corvane::Test::ChildProcess holder(
+        {"flock", folder.getPath() + "/lock", "sh", "-c", "echo has it; exec sleep 0.2"});
+    ASSERT_TRUE(holder.awaitOutput("has it"));
+
+    EXPECT_NO_THROW(StateLock{folder.getPath()});
 }
 
 TEST(StateLockTest, SaysThatTheFolderCannotBeUsed)
