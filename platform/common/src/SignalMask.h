@@ -16,11 +16,17 @@ public:
     SignalMask(const SignalMask&) = delete;
     SignalMask& operator=(const SignalMask&) = delete;
 
-    /// @return every signal but those that a thread's own fault raises
-    static sigset_t asynchronousSignals()
+    /// @return every signal. A fault of the thread itself cannot be put off: it ends the process at once then.
+    static sigset_t allSignals()
     {
         sigset_t signals;
         sigfillset(&signals);
+        return signals;
+    }
+    /// @return every signal but those that a thread's own fault raises
+    static sigset_t asynchronousSignals()
+    {
+        sigset_t signals = allSignals();
         for (int fault : {SIGILL, SIGABRT, SIGFPE, SIGSEGV, SIGBUS, SIGTRAP})
             sigdelset(&signals, fault);
         return signals;
