@@ -1,6 +1,7 @@
 #include <Connection.h>
 #include <Rounds.h>
 #include <Servers.h>
+#include <thread>
 
 namespace
 {
@@ -10,6 +11,7 @@ using namespace Corvane::Benchmark;
 constexpr int ROUNDS = 15;
 constexpr int CALLS = 20;
 constexpr std::size_t SIZE = 1'000'000;
+constexpr std::chrono::milliseconds PAUSE{500}; // for which a window keeps memory for the next large message, and more
 /// In kilobytes, microseconds.
 constexpr double MEMORY_GOAL = 100;
 constexpr double TIME_GOAL = 280;
@@ -22,6 +24,7 @@ double measureRemains(const Server& server, Connection& connection, const std::s
     const long before = readPrivateMemory(server.process.getId());
     for (int i = 0; i < CALLS; ++i)
         connection.call(large);
+    std::this_thread::sleep_for(PAUSE);
     useALittle();
     return static_cast<double>(readPrivateMemory(server.process.getId()) - before);
 }
@@ -51,6 +54,7 @@ int main(int argc, char** argv)
     return runBenchmark(
         argc, argv,
         "How long a call of IWindow::setOpacity takes with a message of 1 MB, of which an unknown member is most, and\n"
-        "what private memory stays with the window afterwards. The bare server only receives it. One core.",
+        "what private memory stays with the window half a second afterwards. The bare server only receives it. One "
+        "core.",
         measure);
 }

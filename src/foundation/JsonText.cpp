@@ -1,8 +1,10 @@
 #include "JsonText.h"
 
 #include "JsonScanner.h"
+#include "LargeTexts.h"
 #include "SlotPool.h"
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cstddef>
 #include <new>
@@ -23,6 +25,12 @@ struct JsonText::Reader {
 
     void recycle()
     {
+        if (keepers == 0)
+            shrink();
+    }
+
+    void shrink()
+    {
         if (parser.capacity() <= LARGEST_KEPT && input.capacity() <= 2 * LARGEST_KEPT)
             return;
         parser = simdjson::dom::parser();
@@ -32,6 +40,7 @@ struct JsonText::Reader {
     simdjson::dom::parser parser;
     std::string input; ///< the text, then the padding that the parser may read
 
+    static std::atomic<int> keepers; ///< LargeTexts that live
     static SlotPool<Reader> pool;
     [[gnu::constructor]] static void fillPool()
     {
@@ -41,7 +50,19 @@ struct JsonText::Reader {
     }
 };
 
+constinit std::atomic<int> JsonText::Reader::keepers{0};
 constinit SlotPool<JsonText::Reader> JsonText::Reader::pool;
+
+LargeTexts::LargeTexts()
+{
+    ++JsonText::Reader::keepers;
+}
+
+LargeTexts::~LargeTexts()
+{
+    if (--JsonText::Reader::keepers == 0)
+        JsonText::Reader::pool.visitFree([](JsonText::Reader& reader) { reader.shrink(); });
+}
 
 simdjson::error_code JsonText::Reader::reserve(std::size_t wanted)
 {

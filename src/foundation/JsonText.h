@@ -73,6 +73,7 @@ public:
     std::string_view rawMember(std::string_view name) const;
 
 private:
+    friend class LargeTexts;
     struct Reader;
     struct GiveBack {
         void operator()(Reader* reader) const;

@@ -49,6 +49,18 @@ public:
         delete object;
     }
 
+    /// Calls `visit(object)` for each object that nobody has claimed, and that nobody gets meanwhile.
+    template <class Visitor>
+    void visitFree(Visitor visit)
+    {
+        for (Slot& slot : slots) {
+            if (!slot.isFree.exchange(false, std::memory_order_acquire))
+                continue;
+            visit(*slot.getObject());
+            slot.isFree.store(true, std::memory_order_release);
+        }
+    }
+
 private:
     struct Slot {
         T* getObject() { return std::launder(reinterpret_cast<T*>(storage)); }

@@ -5,14 +5,20 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <corvane/common/RPCServer.h>
 #include <corvane/foundation/DebugPrint.h>
 #include <corvane/foundation/Deserializer.h>
+#include <cstdlib>
 #include <fcntl.h>
+#include <malloc.h>
+#include <memory>
 #include <mutex>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 namespace Corvane
 {
@@ -21,6 +27,10 @@ namespace
 {
 
 using IRPC::RPCErrorObject;
+
+/// For how long the memory that a large message took is kept for the next one, in milliseconds. To get it from the
+/// system anew costs more than to read the message.
+constexpr int KEPT_MS = 100;
 
 void addTo(const FileDescriptor& epoll, int descriptor, std::uint32_t events)
 {
@@ -45,6 +55,20 @@ void join(std::span<const iovec> pieces, char* text)
 {
     for (const iovec& each : pieces)
         text = std::copy_n(static_cast<const char*>(each.iov_base), each.iov_len, text);
+}
+
+/// malloc_trim() leaves the unused end of a thread's own heap as it is. That is where a new block comes from, whose
+/// contents nobody needs.
+void giveEndOfHeapBack()
+{
+    constexpr std::size_t SIZE = 4 * 1024 * 1024;
+    void* block = std::malloc(SIZE);
+    void* begin = block;
+    std::size_t room = SIZE;
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    if (block != nullptr && std::align(page, SIZE - page, begin, room) != nullptr)
+        madvise(begin, SIZE - page, MADV_DONTNEED);
+    std::free(block);
 }
 
 } // namespace
@@ -105,14 +129,34 @@ int RPCTransport::thread()
     ownThread = pthread_self();
     std::array<epoll_event, 16> events{};
     while (!stopping) {
-        const int count = epoll_wait(epoll.get(), events.data(), events.size(), -1);
+        const int count = epoll_wait(epoll.get(), events.data(), events.size(), largeTexts ? KEPT_MS : -1);
         for (int i = 0; i < count && !stopping; ++i) {
             const epoll_event& event = events[static_cast<std::size_t>(i)];
             step(event.data.fd, event.events);
         }
+        if (largeTexts && std::chrono::steady_clock::now() >= lastLarge + std::chrono::milliseconds(KEPT_MS))
+            giveMemoryBack();
     }
     ownThread = pthread_t{};
     return 0;
+}
+
+void RPCTransport::noteLength(std::size_t length)
+{
+    if (length <= buffer.size())
+        return;
+    lastLarge = std::chrono::steady_clock::now();
+    if (!largeTexts)
+        largeTexts.emplace();
+}
+
+void RPCTransport::giveMemoryBack()
+{
+    largeTexts.reset();
+    for (const auto& [socket, connection] : connections)
+        connection->input.shrink_to_fit();
+    malloc_trim(0);
+    giveEndOfHeapBack();
 }
 
 void RPCTransport::step(int descriptor, std::uint32_t events)
@@ -283,13 +327,14 @@ void RPCTransport::handleInput(RPCConnection& connection, std::string_view data)
         if (connection.input.empty()) {
             handleMessage(connection, line);
         } else {
-            const std::string message = std::exchange(connection.input, {}).append(line);
-            handleMessage(connection, message);
+            noteLength(connection.input.append(line).size());
+            handleMessage(connection, connection.input);
+            connection.input.clear();
         }
     }
     if (connection.closing || data.empty())
         return;
-    connection.input.append(data);
+    noteLength(connection.input.append(data).size());
     if (end == data.npos && connection.input.size() > RPCMessage::SIZE_LIMIT)
         refuse(connection, RPCErrorObject::INVALID_REQUEST, "the message is longer than 1048576 bytes");
 }

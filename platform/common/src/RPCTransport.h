@@ -1,11 +1,13 @@
 #pragma once
 
 #include "DeferringMutex.h"
+#include "LargeTexts.h"
 #include "RPCConnection.h"
 #include "RPCEndpoint.h"
 #include "RPCMessage.h"
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <corvane/common/ActiveObject.h>
 #include <corvane/common/FileDescriptor.h>
 #include <corvane/foundation/Mutex.h>
@@ -58,6 +60,8 @@ public:
 private:
     int thread() override;
     void sendNotification(std::string_view name, std::span<const iovec> pieces);
+    void noteLength(std::size_t length);
+    void giveMemoryBack();
     void step(int descriptor, std::uint32_t events);
     void abandon(int descriptor, const char* reason);
     void accept();
@@ -97,6 +101,8 @@ private:
     std::map<int, std::unique_ptr<RPCConnection>> connections; ///< by socket
     std::atomic<unsigned int> subscribers{0}; ///< connections with a subscription; read without the lock
     std::array<char, 64 * 1024> buffer;
+    std::chrono::steady_clock::time_point lastLarge; ///< when a large message was last handled
+    std::optional<LargeTexts> largeTexts;            ///< from the first of them until no more come
 };
 
 } // namespace Corvane

@@ -1,6 +1,7 @@
 #include "RawClient.h"
 
 #include <corvane/common/RPCServer.h>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <support/ChildProcess.h>
@@ -18,6 +19,16 @@ class RPCSmallProcess : public testing::Test
 protected:
     void SetUp() override { ASSERT_TRUE(process.awaitOutput("ready")); }
     RawClient connect() { return RawClient(runtime.directory.getPath() + "/TEST.sock"); }
+
+    /// @return what the server's process has in memory of its own, in kilobytes
+    long readMemory() const
+    {
+        std::ifstream file("/proc/" + std::to_string(process.getPid()) + "/status");
+        for (std::string word; file >> word;)
+            if (long kilobytes = 0; word == "RssAnon:" && file >> kilobytes)
+                return kilobytes;
+        return 0;
+    }
 
     TemporaryRuntime runtime;
     ChildProcess process{{SMALL_SERVER, "160"}};
@@ -48,6 +59,20 @@ TEST_F(RPCSmallProcess, KeepsNothingOfAnswersThatWereFetched)
             R"({"jsonrpc":"2.0","id":7,"method":"ITest::repeat","params":{"text":"0123456789","times":1000000}})");
         ASSERT_GT(answer.size(), 10'000'000U) << answer;
     }
+}
+
+TEST_F(RPCSmallProcess, GivesTheMemoryOfLargeMessagesBack)
+{
+    constexpr long ALLOWANCE = 200; // the buffer for what is received is part of it
+    const std::string begin = R"({"jsonrpc":"2.0","id":1,"method":"ITest::count","params":{"text":")";
+    const std::string answer = R"({"jsonrpc":"2.0","id":1,"result":null})";
+    RawClient client = connect();
+    ASSERT_EQ(client.call(begin + "\"}}"), answer);
+    const long before = readMemory();
+    ASSERT_GT(before, 0);
+    for (int i = 0; i < 5; ++i)
+        ASSERT_EQ(client.call(begin + std::string(1'000'000, 'a') + "\"}}"), answer);
+    EXPECT_TRUE(await([&] { return readMemory() <= before + ALLOWANCE; })) << before << ", then " << readMemory();
 }
 
 TEST_F(RPCSmallProcess, SurvivesAnswersThatDoNotFit)

@@ -1,4 +1,5 @@
 #include "SlotPool.h"
+#include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <set>
@@ -48,6 +49,19 @@ TEST(SlotPoolTest, HandsEachSlotToOneAtATimeAndThenTurnsToTheHeap)
 
     filled.giveBack(first);
     EXPECT_EQ(filled.claim(), first);
+}
+
+TEST(SlotPoolTest, ShowsAVisitorWhatNobodyHasClaimed)
+{
+    static SlotPool<Piece, 3> visited;
+    visited.fill();
+    const Piece* const claimed = visited.claim();
+    std::vector<const Piece*> seen;
+    visited.visitFree([&seen](const Piece& piece) { seen.push_back(&piece); });
+
+    EXPECT_EQ(seen.size(), 2U);
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), claimed), 0);
+    EXPECT_EQ(visited.claim(), seen.front()) << "free again";
 }
 
 TEST(SlotPoolTest, NeverGivesOneObjectToTwoThreads)
