@@ -1,10 +1,11 @@
 #include "DeviceKind.h"
 
 #include "ButtonCodes.h"
+#include "Evdev.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <libevdev/libevdev.h>
 #include <libudev.h>
 #include <linux/input.h>
 

@@ -1,12 +1,13 @@
 #include "EventDevice.h"
 
 #include "ButtonCodes.h"
+#include "Evdev.h"
+
 #include <bit>
 #include <cerrno>
 #include <corvane/foundation/DebugPrint.h>
 #include <cstring>
 #include <fcntl.h>
-#include <libevdev/libevdev.h>
 #include <linux/input.h>
 #include <sys/ioctl.h>
 #include <system_error>
