@@ -10,8 +10,9 @@ namespace Corvane
 namespace
 {
 
+/// The text itself and no pointer to it: pointers are relocated in each process at each start.
 struct Row {
-    std::string_view name;
+    char name[32];
     IWindowEvent::KeyEvent::Code code;
 };
 
@@ -23,7 +24,7 @@ constexpr Row ROWS[] = {
 
 std::optional<IWindowEvent::KeyEvent::Code> findKeyCode(std::string_view name)
 {
-    const Row* const row = std::ranges::find(ROWS, name, &Row::name);
+    const Row* const row = std::ranges::find(ROWS, name, [](const Row& entry) { return std::string_view(entry.name); });
     return row != std::end(ROWS) ? std::optional(row->code) : std::nullopt;
 }
 
