@@ -1,142 +1,227 @@
-#include <Connection.h>
-#include <Rounds.h>
-#include <Servers.h>
+// Lets applications die of each signal at each place, and tells how many announced it, how many died of that very
+// signal, and how long both took: the rows of the table in docs/reliability.md, which scripts/crash-table writes.
+//
+//     benchmark-crash [--quick] [ROUNDS]
+#include <Process.h>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <corvane/common/FileDescriptor.h>
+#include <corvane/common/RPCClient.h>
+#include <corvane/interfaces/ILifecycleManagement.h>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <optional>
 #include <poll.h>
-#include <random>
 #include <stdexcept>
+#include <string>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
+#include <vector>
 
+namespace Corvane::Benchmark
+{
 namespace
 {
 
-using namespace Corvane::Benchmark;
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::duration<double, std::milli>;
+using State = ILifecycleManagement;
 
-constexpr int DEATHS = 50;
-constexpr int CALLERS = 2;
-constexpr std::chrono::seconds DEADLINE{5};
-/// To what a window tells of its state; the answer is that of the call.
-constexpr std::string_view SUBSCRIPTION_TO_STATE =
-    R"({"jsonrpc":"2.0","id":17,"method":"rpc.subscribe","params":{"notifications":["IApplication::onStateChange"]}})"
-    "\n";
+/// After so long an application that has not died hangs.
+constexpr std::chrono::milliseconds DEADLINE{3000};
+constexpr int COMMANDS = 3;
+constexpr char UID[] = "token-0123456789abcdef";
+constexpr int SIGNALS[] = {SIGILL, SIGABRT, SIGFPE, SIGSEGV, SIGTERM, SIGBUS};
 
-/// What a fault signal is sent to: the process, or the thread that is at work on the calls.
-enum class Target { PROCESS, TRANSPORT };
-
-struct Kind {
-    const char* name;
+struct Row {
+    std::string title;
+    std::string place;
     int signal;
-    Target target;
-};
-constexpr Kind KINDS[] = {
-    {"SIGTERM to the process", SIGTERM, Target::PROCESS},   {"SIGSEGV to the process", SIGSEGV, Target::PROCESS},
-    {"SIGABRT to the process", SIGABRT, Target::PROCESS},   {"SIGSEGV to the transport", SIGSEGV, Target::TRANSPORT},
-    {"SIGBUS to the transport", SIGBUS, Target::TRANSPORT}, {"SIGILL to the transport", SIGILL, Target::TRANSPORT},
+    std::string state;
+    int further = 0; ///< a second signal, sent at once
 };
 
-struct Tally {
-    int announced = 0;
-    int died = 0; ///< in time, and of the signal
+struct Death {
+    std::optional<Milliseconds> announced;
+    std::optional<Milliseconds> ended;
+    int signal = 0; ///< that it died of
 };
 
-pid_t findTransport(pid_t process)
+std::vector<Row> makeRows()
 {
-    for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
-        std::string name;
-        if (std::getline(std::ifstream(task.path() / "comm"), name) && name == "RPCTransport")
-            return std::stoi(task.path().filename());
+    std::vector<Row> rows;
+    const std::string running = State::STATE_RUNNING;
+    const auto add = [&](const char* title, const std::string& place) {
+        for (const int signal : SIGNALS)
+            // The library's threads hold SIGTERM off, which comes from outside only.
+            if (signal != SIGTERM || (place != "transport" && place != "handler"))
+                rows.push_back({title, place, signal, running});
+    };
+    add("main thread", "main");
+    add("a thread of the application", "thread");
+    add("transport, outside of handlers", "transport");
+    add("handler of a call", "handler");
+    add("listener of a change", "listener");
+    add("inside malloc", "malloc");
+    rows.push_back({"stack overflow, main thread", "overflow-main", SIGSEGV, running});
+    rows.push_back({"stack overflow, handler", "overflow-handler", SIGSEGV, running});
+    for (const int signal : SIGNALS)
+        rows.push_back({"two at once from outside, the other one SIGTERM", "outside", signal, running, SIGTERM});
+    for (const std::string& state :
+         {State::STATE_UNINITIALIZED, State::STATE_LOADING, State::STATE_RUNNING, State::STATE_SUSPENDING,
+          State::STATE_SUSPENDED, State::STATE_RESUMING, State::STATE_TERMINATING, State::STATE_TERMINATED,
+          State::STATE_ABORTED, State::STATE_RUNAWAY})
+        for (const int signal : SIGNALS)
+            rows.push_back({"from outside, " + state, "outside", signal, state});
+    return rows;
+}
+
+/// One application, and what there is to hear of its death.
+class Victim
+{
+public:
+    explicit Victim(const Row& row) : row(row), process(start(row)), client(std::string("APP") + UID)
+    {
+        char byte = 0;
+        if (read(commands[0], &byte, 1) != 1)
+            throw std::runtime_error("the application does not start");
+        client.subscribe(
+            {"IApplication::onStateChange"},
+            [this](const std::string&, const std::string& payload) {
+                if (payload.find(R"("newState":"ABORTED")") != payload.npos)
+                    announced = Clock::now().time_since_epoch().count();
+            },
+            [this](bool connected) { isGone = !connected; });
     }
-    throw std::runtime_error("the window has no transport");
-}
+    ~Victim() { close(commands[0]); }
+    Victim(const Victim&) = delete;
+    Victim& operator=(const Victim&) = delete;
 
-/// Calls until the server is gone.
-void makeLoad(const std::string& path)
-try {
-    for (Connection connection(path);;)
-        connection.call();
-} catch (const std::runtime_error&) {
-}
-
-/// @return whether a process that is a child of this one dies of the signal before the deadline
-bool diesOf(int signal, pid_t process)
-{
-    pollfd end{.fd = static_cast<int>(syscall(SYS_pidfd_open, process, 0)), .events = POLLIN, .revents = 0};
-    const bool isInTime = poll(&end, 1, std::chrono::milliseconds(DEADLINE).count()) == 1;
-    close(end.fd);
-    if (!isInTime)
-        kill(process, SIGKILL);
-    int status = 0;
-    waitpid(process, &status, 0);
-    return isInTime && WIFSIGNALED(status) && WTERMSIG(status) == signal;
-}
-
-/// Sends a busy window the signal at any moment of its work.
-void killOne(const Kind& kind, Tally& tally)
-{
-    static std::minstd_rand random; // the same moments in each run, as far as the machine has the same speed
-    Server window = startWindowServer();
-    // The one that is to hear of the end gets nothing else: what waits behind other notifications is lost with the
-    // process.
-    Connection watcher(window.path);
-    for (int i = 0; i < 100; ++i)
-        watcher.call(); // until the window has been started
-    watcher.call(SUBSCRIPTION_TO_STATE);
-    Connection subscriber(window.path);
-    subscriber.subscribe();
-
-    std::string heard;
-    std::vector<std::jthread> load;
-    load.emplace_back([&] { heard = watcher.readToEnd(); });
-    load.emplace_back([&] { subscriber.readToEnd(); });
-    for (int i = 0; i < CALLERS; ++i)
-        load.emplace_back(makeLoad, window.path);
-    std::this_thread::sleep_for(std::chrono::microseconds(20'000 + random() % 10'000));
-
-    const pid_t process = window.process.release();
-    if (kind.target == Target::PROCESS)
-        kill(process, kind.signal);
-    else
-        tgkill(process, findTransport(process), kind.signal);
-    tally.died += diesOf(kind.signal, process) ? 1 : 0;
-    load.clear();
-    tally.announced += heard.find("ABORTED") != std::string::npos ? 1 : 0;
-}
-
-std::vector<Figure> measure(const Options& options)
-{
-    std::vector<Figure> figures;
-    for (const Kind& kind : KINDS) {
-        const RuntimeFolder folder;
-        const int deaths = options.isQuick ? 3 : DEATHS;
-        Tally tally;
-        for (int i = 0; i < deaths; ++i)
-            killOne(kind, tally);
-        const auto add = [&](const char* what, int count) {
-            figures.push_back({.name = std::string(kind.name) + what,
-                               .value = static_cast<double>(count),
-                               .unit = "",
-                               .reference = static_cast<double>(deaths),
-                               .ratio = static_cast<double>(count) / deaths});
-        };
-        add(", announced", tally.announced);
-        add(", died of", tally.died);
+    Death die()
+    {
+        const pid_t id = process.getId();
+        const FileDescriptor end(static_cast<int>(syscall(SYS_pidfd_open, id, 0)));
+        const auto begin = Clock::now();
+        trigger(id);
+        pollfd ended{.fd = end.get(), .events = POLLIN, .revents = 0};
+        Death death;
+        if (poll(&ended, 1, DEADLINE.count()) == 1) {
+            death.ended = Clock::now() - begin;
+            siginfo_t info = {};
+            waitid(P_PID, static_cast<id_t>(id), &info, WEXITED | WNOWAIT);
+            death.signal = info.si_code == CLD_EXITED ? 0 : info.si_status;
+        }
+        awaitDisconnection();
+        if (announced != 0)
+            death.announced = Clock::time_point(Clock::duration(announced.load())) - begin;
+        return death;
     }
-    return figures;
+
+private:
+    Process start(const Row& row)
+    {
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, commands) != 0)
+            throw std::runtime_error("no sockets");
+        Process child([&] {
+            dup2(commands[1], COMMANDS);
+            fcntl(COMMANDS, F_SETFD, 0);
+            execute({CRASH_VICTIM, row.place, std::to_string(row.signal), row.state, "--application-type=test",
+                     std::string("--authorization-token=") + UID});
+        });
+        close(commands[1]);
+        return child;
+    }
+
+    void trigger(pid_t id)
+    {
+        if (row.place == "outside") {
+            if (row.further != 0)
+                kill(id, row.further);
+            kill(id, row.signal);
+            return;
+        }
+        const bool byCall = row.place == "handler" || row.place == "overflow-handler";
+        if (!byCall && write(commands[0], "g", 1) != 1)
+            throw std::runtime_error("the application is gone");
+        char byte = 0;
+        if (row.place == "transport" && read(commands[0], &byte, 1) != 1)
+            throw std::runtime_error("the application is gone");
+        if (byCall || row.place == "transport")
+            call();
+    }
+
+    void call()
+    {
+        try {
+            client.call("IWindow::handleEvent", R"({"event":{"type":"KeyEvent","keyCode":1,"pressed":true}})",
+                        DEADLINE);
+        } catch (const RPCError&) {
+            // It dies, or has announced that it does.
+        }
+    }
+
+    /// What was announced has arrived when the connection has ended, and that ends with the process.
+    void awaitDisconnection()
+    {
+        kill(process.getId(), SIGKILL);
+        while (!isGone)
+            poll(nullptr, 0, 1);
+    }
+
+    const Row& row;
+    int commands[2] = {-1, -1};
+    Process process;
+    std::atomic<Clock::rep> announced{0};
+    std::atomic<bool> isGone{false};
+    RPCClient client; // last: its thread writes what is above
+};
+
+std::string describe(std::vector<double> times)
+{
+    if (times.empty())
+        return "- | -";
+    std::sort(times.begin(), times.end());
+    char text[64];
+    std::snprintf(text, sizeof text, "%.2f | %.2f", times[times.size() / 2], times[(times.size() * 99 + 99) / 100 - 1]);
+    return text;
+}
+
+void printRow(const Row& row, int rounds)
+{
+    std::vector<double> announced;
+    std::vector<double> ended;
+    int diedOfIt = 0;
+    for (int i = 0; i < rounds; ++i) {
+        const Death death = Victim(row).die();
+        if (death.announced)
+            announced.push_back(death.announced->count());
+        if (death.ended)
+            ended.push_back(death.ended->count());
+        diedOfIt += death.signal != 0 && (death.signal == row.signal || death.signal == row.further) ? 1 : 0;
+    }
+    std::printf("| %s | SIG%s | %zu | %d | %s | %s |\n", row.title.c_str(), sigabbrev_np(row.signal), announced.size(),
+                diedOfIt, describe(announced).c_str(), describe(ended).c_str());
+    std::fflush(stdout);
 }
 
 } // namespace
+} // namespace Corvane::Benchmark
 
 int main(int argc, char** argv)
 {
-    return runBenchmark(
-        argc, argv,
-        "How many windows of those that get a fatal signal under full load tell a subscriber that they\n"
-        "were aborted, and how many die of the signal within 5 s. A signal to the transport goes to the\n"
-        "very thread that is at work on the calls.",
-        measure);
+    using namespace Corvane::Benchmark;
+    int rounds = 100;
+    for (int i = 1; i < argc; ++i)
+        rounds = std::strcmp(argv[i], "--quick") == 0 ? 1 : std::atoi(argv[i]);
+    const RuntimeFolder runtime;
+    std::printf(
+        "| place | signal | announced | died of it | announced after ms: median | p99 | ended after ms: median | "
+        "p99 |\n|---|---|---:|---:|---:|---:|---:|---:|\n");
+    for (const Row& row : makeRows())
+        printRow(row, rounds);
 }
