@@ -11,6 +11,7 @@
 #include <linux/input.h>
 #include <sys/ioctl.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace Corvane
 {
@@ -123,7 +124,7 @@ EventDevice::Reading EventDevice::read()
             isSynchronising = result == LIBEVDEV_READ_STATUS_SYNC;
             if (probe)
                 probe(event.type, event.code, event.value);
-            mapping.handle(event.type, event.code, event.value, *translator);
+            handle(event);
             // These two are what gives an event. It is delivered before more is read, so that it waits for nothing.
             if (event.type == EV_KEY || event.type == EV_SYN)
                 return Reading::MORE;
@@ -136,6 +137,33 @@ EventDevice::Reading EventDevice::read()
         }
     }
     return Reading::MORE;
+}
+
+void EventDevice::handle(const input_event& event)
+{
+    const bool wasCapsLocked = translator->isCapsLocked();
+    mapping.handle(event.type, event.code, event.value, *translator);
+    // Not when it was the light that said so.
+    if (event.type == EV_KEY && translator->isCapsLocked() != wasCapsLocked)
+        showCapsLock();
+}
+
+void EventDevice::showCapsLock() const
+{
+    if (libevdev_has_event_code(device.get(), EV_LED, LED_CAPSL) == 0)
+        return;
+    // The kernel's console turns this light, where there is one and it hears the keyboard. To turn it once more does no
+    // harm; the kernel drops what changes nothing. Who may only read the device types on without a light.
+    const FileDescriptor light(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    input_event frame[2]{};
+    frame[0].type = EV_LED;
+    frame[0].code = LED_CAPSL;
+    frame[0].value = translator->isCapsLocked() ? 1 : 0;
+    frame[1].type = EV_SYN;
+    frame[1].code = SYN_REPORT;
+    if (light.isOpen() && write(light.get(), frame, sizeof frame) < 0)
+        corvaneDebugPrint(DEBUG_WARNING, TAG, COMPONENT, __LINE__, "%s does not show Caps Lock: %s\n", path.c_str(),
+                          std::strerror(errno));
 }
 
 void EventDevice::tellOfLoss()

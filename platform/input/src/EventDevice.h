@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 
+struct input_event;
 struct libevdev;
 
 namespace Corvane
@@ -60,6 +61,8 @@ private:
         void operator()(libevdev* device) const;
     };
 
+    void handle(const input_event& event);
+    void showCapsLock() const;
     void tellOfLoss();
     void findKeys();
     void findAxes(const ISurfaceCompositing::Dimensions& screen);

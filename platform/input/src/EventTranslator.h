@@ -54,6 +54,7 @@ public:
     /// From now on the two axes give a position on a screen of this size.
     void setAbsolute(const Axis& x, const Axis& y, const ISurfaceCompositing::Dimensions& screen);
     void setCapsLock(bool on);
+    bool isCapsLocked() const { return capsLocked; }
     /// Says of a key that it is down already. It counts where it changes others, as Shift does; its release is not told
     /// unless it is pressed or repeats before.
     void setDown(unsigned int code);

@@ -123,6 +123,27 @@ TEST_F(DeviceOfTwoClasses, HasAPointerThatFollowsTheMice)
     EXPECT_EQ(listener.take(), "mouse left pressed by 1,0,0");
 }
 
+TEST_F(DeviceOfTwoClasses, LightsCapsLockAndTakesItFromTheLightWhenItsKeysAreEnabledAgain)
+{
+    driver.enableMouse();
+    for (const char* const character : {"'A'", "'a'"}) {
+        driver.enableKeyboard();
+        settle();
+        device.press(KEY_CAPSLOCK);
+        device.release(KEY_CAPSLOCK);
+        ASSERT_EQ(listener.take(2), (Texts{"KEY_CAPSLOCK pressed", "KEY_CAPSLOCK released"}));
+        driver.disableKeyboard();
+        settle();
+        driver.enableKeyboard();
+        settle();
+
+        device.press(KEY_A);
+        EXPECT_EQ(listener.take(), std::string(character) + " pressed");
+        device.release(KEY_A);
+        EXPECT_EQ(listener.take(), std::string(character) + " released");
+    }
+}
+
 TEST_F(DeviceOfTwoClasses, GoesOnTypingWhenTheMouseIsDisabled)
 {
     driver.enableMouse();

@@ -155,6 +155,22 @@ TEST_F(InputTrouble, DeviceThatMayBeOpenedLaterIsOpenedThenAndNothingIsWatchedAn
     EXPECT_EQ(error.getMessages().size(), 2U);
 }
 
+TEST_F(InputTrouble, KeyboardThatMayOnlyBeReadTypesOnWithoutALight)
+{
+    MockDevice keys(machine, keyboard());
+    ASSERT_EQ(chmod(machine.locate(keys.getNode()).c_str(), S_IRUSR), 0);
+    giveUpRootsWayIntoFiles();
+    CapturedOutput error;
+    driver.enableKeyboard();
+    driver.start();
+
+    keys.press(KEY_CAPSLOCK);
+    keys.press(KEY_A);
+
+    EXPECT_EQ(listener.take(2), (Texts{"KEY_CAPSLOCK pressed", "'A' pressed"}));
+    EXPECT_EQ(error.getText(), "");
+}
+
 TEST_F(InputTrouble, DeviceWhoseNodeComesLaterIsOpenedThen)
 {
     MockDevice remote(machine, infrared());
