@@ -201,6 +201,44 @@ TEST_F(ProcmandSupervision, MakesOneThatHangsARunawayAndKillsIt)
     EXPECT_EQ(announcements.count({"onRunaway", healthy}), 0U);
 }
 
+TEST_F(ProcmandSupervision, KillsOneThatHasAbortedAndDoesNotDie)
+{
+    startProcmand({"--terminate-deadline", "1000", "--keep-alive-deadline", "1000"});
+    const std::string uid = launchVictim("lingering");
+    const auto start = std::chrono::steady_clock::now();
+    // It goes on saying that it is alive, with this state.
+    corvanectl({"state", uid, "ABORTED"});
+
+    EXPECT_NE(announcements.take({"IApplicationManager::onRunaway", uid}), "");
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
+                AllOf(HasSubstr(R"("signal":9)"), HasSubstr(R"("state":"ABORTED","previousState":"RUNNING")"),
+                      HasSubstr(R"("ranAway":true,"wasStopped":false)")));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(2)) << "a crash may take its time";
+    EXPECT_THAT(procmand->getError(), HasSubstr(uid + " has aborted and still lives: it is killed\n"));
+}
+
+TEST_F(ProcmandSupervision, KillsOneThatHasAbortedWhenItIsFoundLikeThat)
+{
+    startProcmand();
+    const std::string uid = launchVictim("lingering");
+    killProcmand();
+    corvanectl({"state", uid, "ABORTED"});
+    startProcmand({"--abort-deadline", "0.2", "--keep-alive-deadline", "1000"});
+
+    EXPECT_THAT(announcements.take({"IApplicationManager::onEnd", uid}),
+                AllOf(HasSubstr(R"("state":"ABORTED")"), HasSubstr(R"("ranAway":true)")));
+}
+
+TEST_F(ProcmandSupervision, KillsOneThatAbortsWhileItIsBeingStopped)
+{
+    startProcmand({"--terminate-deadline", "1000", "--keep-alive-deadline", "1000", "--abort-deadline", "0.2"});
+    const std::string uid = launchVictim("lingering deaf");
+    call("IApplicationManager::stop", uidParameter(uid));
+    corvanectl({"state", uid, "ABORTED"});
+
+    EXPECT_THAT(announcements.take({"IApplicationManager::onStop", uid}), HasSubstr(R"("means":"SIGKILL")"));
+}
+
 TEST_F(ProcmandSupervision, AsksARunawayToTakeThatState)
 {
     startProcmand({"--keep-alive-deadline", "0.5", "--call-deadline", "30"});

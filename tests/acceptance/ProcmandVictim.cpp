@@ -4,6 +4,7 @@
 //     deaf             does not terminate when it is asked to
 //     fading           becomes transparent before it terminates
 //     quiet            never proves that it is alive
+//     flooding         proves it without a pause
 //     lingering        runs on in the states that end others
 // It proves that it is alive much more often than applications do, so that tests need not wait for its silence.
 #include <corvane/TekloWindow.h>
@@ -46,7 +47,8 @@ public:
         while (has("lingering") || (getState() != STATE_TERMINATED && getState() != STATE_RUNAWAY)) {
             if (!has("quiet"))
                 onKeepAlive(getUid(), getState());
-            Corvane::OS_TaskDelayMsec(20);
+            if (!has("flooding"))
+                Corvane::OS_TaskDelayMsec(20);
         }
     }
 

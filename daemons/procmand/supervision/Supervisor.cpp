@@ -27,8 +27,6 @@ using Phase = ManagedApplication::Phase;
 constexpr std::chrono::seconds LAST_WORDS_DEADLINE{1};
 /// How soon it is tried again to watch a process that the system had no room to watch.
 constexpr std::chrono::seconds WATCH_DELAY{1};
-/// A deadline that is noticed so late passed while this process itself was held up.
-constexpr std::chrono::seconds HELD_UP{1};
 
 /// @return the application type that a command line gives, empty for none
 std::string findType(std::vector<std::string> command)
@@ -340,16 +338,6 @@ void Supervisor::onStateChange(ManagedApplication& application, const std::strin
     giveFocusBack(application);
 }
 
-void Supervisor::onKeepAlive(ManagedApplication& application, const std::string& state)
-{
-    application.wasAlive = true;
-    // The thread that says so goes on while another one hangs in the handler of a fatal signal.
-    if (state == ILifecycleManagement::STATE_ABORTED)
-        noteAbort(application, state);
-    else if (!application.end)
-        awaitKeepAlive(application);
-}
-
 void Supervisor::onState(ManagedApplication& application, const std::string& state, bool isFocused)
 {
     makeUpForKeepAlive(application, state);
@@ -362,91 +350,11 @@ void Supervisor::onState(ManagedApplication& application, const std::string& sta
     giveFocusBack(application);
 }
 
-void Supervisor::makeUpForKeepAlive(ManagedApplication& application, const std::string& state)
-{
-    // An application proves that it lives as soon as it initialises, which may be before it is listened to. Its answer
-    // proves the same.
-    const bool hasBegun =
-        state != ILifecycleManagement::STATE_UNINITIALIZED && !ILifecycleManagement::isApplicationTerminated(state);
-    if (hasBegun && !std::exchange(application.wasAlive, true))
-        box.notices.onKeepAlive(application.uid, state);
-}
-
-void Supervisor::noteAbort(ManagedApplication& application, const std::string& state)
-{
-    if (state != ILifecycleManagement::STATE_ABORTED)
-        return box.loop.cancel(application.abortTimer);
-    if (application.abortTimer == 0 && !application.ranAway && application.isAlive())
-        application.abortTimer = box.loop.schedule(
-            box.settings.abortDeadline, [this, uid = application.uid, generation = application.generation] {
-                if (ManagedApplication* const hung = box.registry.find(uid, generation); hung && hung->isAlive())
-                    onHungCrash(*hung);
-            });
-}
-
-void Supervisor::onHungCrash(ManagedApplication& application)
-{
-    application.abortTimer = 0;
-    corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Supervisor", __LINE__,
-                      "%s has aborted and still lives: it is killed\n", application.uid.c_str());
-    application.ranAway = true;
-    box.notices.onRunaway(application.uid, application.process->getPid());
-    windows.rememberPlacement(application);
-    stopper.kill(application, StopPurpose::RUNAWAY);
-}
-
 void Supervisor::giveFocusBack(const ManagedApplication& application)
 {
     // Not sooner: a window that initialises begins without the focus.
     if (application.state == ILifecycleManagement::STATE_RUNNING && application.request && !application.request->fresh)
         focus.onReturned(application.uid);
-}
-
-void Supervisor::awaitKeepAlive(ManagedApplication& application)
-{
-    // The timer is left as it is: it finds out by itself that there was a sign since.
-    application.lastSign = ManagedApplication::Clock::now();
-    if (application.keepAliveTimer == 0)
-        scheduleCheck(application, box.settings.keepAliveDeadline);
-}
-
-void Supervisor::scheduleCheck(ManagedApplication& application, ManagedApplication::Clock::duration silence)
-{
-    const auto delay = std::chrono::ceil<std::chrono::milliseconds>(silence);
-    application.keepAliveTimer =
-        box.loop.schedule(delay, [this, uid = application.uid, generation = application.generation,
-                                  late = ManagedApplication::Clock::now() + delay + HELD_UP] {
-            ManagedApplication* const watched = box.registry.find(uid, generation);
-            if (watched != nullptr && watched->isAlive())
-                checkKeepAlive(*watched, late);
-        });
-}
-
-void Supervisor::checkKeepAlive(ManagedApplication& application, ManagedApplication::Clock::time_point late)
-{
-    application.keepAliveTimer = 0;
-    const auto now = ManagedApplication::Clock::now();
-    const auto deadline = application.lastSign + box.settings.keepAliveDeadline;
-    // What the applications said while this process was held up is still on its way.
-    if (now > late)
-        awaitKeepAlive(application);
-    else if (now < deadline)
-        scheduleCheck(application, deadline - now);
-    else
-        onRunaway(application);
-}
-
-void Supervisor::onRunaway(ManagedApplication& application)
-{
-    // Who is being stopped already goes that way.
-    if (application.stopPurpose != StopPurpose::NONE)
-        return;
-    corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Supervisor", __LINE__, "%s has run away: no keep-alive\n",
-                      application.uid.c_str());
-    application.ranAway = true;
-    application.previousState = std::exchange(application.state, ILifecycleManagement::STATE_RUNAWAY);
-    box.notices.onRunaway(application.uid, application.process->getPid());
-    beginStop(application, StopPurpose::RUNAWAY);
 }
 
 void Supervisor::onProcessEnd(ManagedApplication& application)

@@ -18,6 +18,7 @@ using Corvane::Test::await;
 using testing::HasSubstr;
 
 constexpr std::chrono::milliseconds KEEP_ALIVE_DEADLINE{2000};
+constexpr std::chrono::milliseconds ABORT_DEADLINE{300};
 
 /// A supervisor with one application: its process is a child of the test, its control server is the test's own.
 class SupervisorTest : public testing::Test
@@ -53,6 +54,7 @@ protected:
         Settings settings;
         settings.stateFolder = state.getPath();
         settings.keepAliveDeadline = KEEP_ALIVE_DEADLINE;
+        settings.abortDeadline = ABORT_DEADLINE;
         return settings;
     }
     /// Waits for a notification of the process manager. @return its payload
@@ -107,6 +109,42 @@ TEST_F(SupervisorTest, WaitsForTheLastWordsOfAProcessThatHasEnded)
     server.shutdown();
 
     EXPECT_THAT(awaitNotice("onEnd"), HasSubstr(R"("state":"ABORTED","previousState":"RUNNING")"));
+}
+
+TEST_F(SupervisorTest, TakesAKeepAliveThatSaysAbortedForNoSignOfLife)
+{
+    const auto start = std::chrono::steady_clock::now();
+    server.handleRPCNotification("IApplication::onKeepAlive", R"({"uid":"tester","state":"ABORTED"})");
+
+    EXPECT_THAT(awaitNotice("onRunaway"), HasSubstr("tester"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, KEEP_ALIVE_DEADLINE);
+    server.shutdown();
+    EXPECT_THAT(awaitNotice("onEnd"), HasSubstr(R"("signal":9,"state":"ABORTED")"));
+}
+
+TEST_F(SupervisorTest, LeavesOneAloneThatHasAbortedAndRunsAgain)
+{
+    server.handleRPCNotification("IApplication::onStateChange",
+                                 R"({"uid":"tester","oldState":"RUNNING","newState":"ABORTED"})");
+    server.handleRPCNotification("IApplication::onStateChange",
+                                 R"({"uid":"tester","oldState":"ABORTED","newState":"RUNNING"})");
+    const auto start = std::chrono::steady_clock::now();
+
+    EXPECT_THAT(awaitNotice("onRunaway"), HasSubstr("tester")) << "it is silent after that";
+    EXPECT_GT(std::chrono::steady_clock::now() - start, KEEP_ALIVE_DEADLINE / 2);
+}
+
+TEST_F(SupervisorTest, TellsFromItsLastSignHowLongAnApplicationIsSilent)
+{
+    // The last sign comes in the middle of the time that began with the first one.
+    std::chrono::steady_clock::time_point lastSign;
+    for (int i = 0; i < 4; ++i) {
+        std::this_thread::sleep_for(KEEP_ALIVE_DEADLINE / 4);
+        lastSign = std::chrono::steady_clock::now();
+        server.handleRPCNotification("IApplication::onKeepAlive", R"({"uid":"tester","state":"RUNNING"})");
+    }
+    EXPECT_THAT(awaitNotice("onRunaway"), HasSubstr("tester"));
+    EXPECT_GE(std::chrono::steady_clock::now() - lastSign, KEEP_ALIVE_DEADLINE);
 }
 
 } // namespace Procmand
