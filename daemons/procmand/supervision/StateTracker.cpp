@@ -6,8 +6,8 @@ namespace Procmand
 namespace
 {
 
-/// An answer overtakes what was announced before it, for that comes on a connection of its own. So long it is waited
-/// for.
+/// An application has its new state before it announces it: an answer may overtake the announcement of what it tells.
+/// So long that is waited for.
 constexpr std::chrono::milliseconds OVERTAKING_TIME{200};
 
 } // namespace

@@ -59,7 +59,12 @@ std::string Supervisor::launch(LaunchRequest request)
     application.program = request.program;
     application.type = request.applicationType;
     application.request = std::move(request);
-    startProgram(application);
+    try {
+        startProgram(application);
+    } catch (const std::bad_alloc&) {
+        box.registry.remove(application.uid); // nothing is being started
+        throw;
+    }
     return application.uid;
 }
 
