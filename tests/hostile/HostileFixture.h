@@ -36,7 +36,7 @@ protected:
     static std::string answerTo(const std::string& method, const std::string& parameters = "{}");
 
     std::string getPolicyFile() const { return state.getPath() + "/policy.json"; }
-    /// Writes a record of the audit for each call that was made or refused. @return those that contain all the texts
+    /// @return the records of the audit that contain all of these texts
     std::vector<std::string> audit(const Words& texts);
 
     /// The parameters of `getResource` for a window of this process.

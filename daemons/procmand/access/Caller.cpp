@@ -9,7 +9,10 @@ namespace Procmand
 using Corvane::RPCCaller;
 
 Caller::Caller(RPCCaller* peer)
-    : peer(peer), pid(peer == nullptr ? getpid() : peer->getPid()), user(peer == nullptr ? geteuid() : peer->getUser())
+    : peer(peer),
+      pid(peer == nullptr ? getpid() : peer->getPid()),
+      processGroup(getpgid(pid)),
+      user(peer == nullptr ? geteuid() : peer->getUser())
 {
 }
 
@@ -38,7 +41,7 @@ std::optional<Process> Caller::findProcess() const
 
 bool Caller::isOf(const Process& process) const
 {
-    const bool isMeant = pid == process.getPid() || (process.leadsGroup() && getpgid(pid) == process.getPid());
+    const bool isMeant = pid == process.getPid() || (process.leadsGroup() && processGroup == process.getPid());
     // Another user may have joined the group, and may have got the id of a process that has ended.
     return isMeant && process.belongsTo(user);
 }

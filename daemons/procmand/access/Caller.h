@@ -37,6 +37,7 @@ private:
 
     Corvane::RPCCaller* peer; ///< null for a call from within
     pid_t pid;
+    pid_t processGroup;
     uid_t user;
 };
 

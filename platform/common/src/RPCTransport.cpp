@@ -377,7 +377,7 @@ std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage
 
 std::string RPCTransport::handleSubscription(RPCConnection& connection, const RPCMessage::Call& call)
 {
-    if (subscriptionCheck) {
+    if (subscriptionCheck && call.method == "rpc.subscribe") {
         const RPCCaller::Scope scope(connection.caller);
         if (const std::string problem = subscriptionCheck(); !problem.empty())
             return RPCMessage::errorReply(call.id, RPCErrorObject::CALL_FAILED, problem);
