@@ -72,11 +72,9 @@ FileDescriptor RPCCaller::openProcess() const
     return process;
 }
 
-RPCCaller::Scope::Scope(RPCCaller& caller) : outer(std::exchange(current, &caller)) {}
-
-RPCCaller::Scope::~Scope()
+RPCCaller* RPCCaller::setCurrent(RPCCaller* caller)
 {
-    current = outer;
+    return std::exchange(current, caller);
 }
 
 } // namespace Corvane

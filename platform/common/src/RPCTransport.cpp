@@ -2,6 +2,7 @@
 
 #include "JsonText.h"
 #include "RPCAddress.h"
+#include "RPCCallerScope.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -371,14 +372,14 @@ std::string RPCTransport::handleCall(RPCConnection& connection, const RPCMessage
         return call.expectsReply
                    ? RPCMessage::errorReply(call.id, RPCErrorObject::CALL_FAILED, "the server takes no calls any more")
                    : std::string();
-    const RPCCaller::Scope scope(connection.caller);
+    const RPCCallerScope scope(connection.caller);
     return server.handleCall(call);
 }
 
 std::string RPCTransport::handleSubscription(RPCConnection& connection, const RPCMessage::Call& call)
 {
     if (subscriptionCheck && call.method == "rpc.subscribe") {
-        const RPCCaller::Scope scope(connection.caller);
+        const RPCCallerScope scope(connection.caller);
         if (const std::string problem = subscriptionCheck(); !problem.empty())
             return RPCMessage::errorReply(call.id, RPCErrorObject::CALL_FAILED, problem);
     }

@@ -36,20 +36,12 @@ public:
     ///         another user's process that has got the id since; before Linux 6.5 it may be one of the same user.
     FileDescriptor openProcess() const;
 
-    /// Makes a client the current caller of this thread for as long as it lives.
-    class CORVANE_EXPORT Scope
-    {
-    public:
-        explicit Scope(RPCCaller& caller);
-        ~Scope();
-        Scope(const Scope&) = delete;
-        Scope& operator=(const Scope&) = delete;
-
-    private:
-        RPCCaller* const outer;
-    };
-
 private:
+    friend class RPCCallerScope;
+
+    /// @return the one before
+    static RPCCaller* setCurrent(RPCCaller* caller);
+
     const int socket;
     pid_t pid = 0;
     uid_t user = static_cast<uid_t>(-1);
