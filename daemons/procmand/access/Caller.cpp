@@ -48,8 +48,8 @@ bool Caller::isOf(const Process& process) const
 
 bool Caller::isOwnChild() const
 {
-    const std::optional<Process> process = findProcess();
-    return process && process->findParent() == getpid();
+    const std::optional<Process> leader = Process::find(processGroup, true);
+    return leader && leader->findParent() == getpid() && isOf(*leader);
 }
 
 std::string Caller::findProgram() const

@@ -27,7 +27,7 @@ public:
     /// @return whether the process is the caller's. A launched application is its whole process group, so that a script
     ///         may start it.
     bool isOf(const Process& process) const;
-    /// @return whether the process manager itself has started the caller
+    /// @return whether the process manager itself has started the caller, or the leader of its process group
     bool isOwnChild() const;
     /// @return the file that the caller's process runs, empty where that cannot be told
     std::string findProgram() const;

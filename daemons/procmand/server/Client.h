@@ -14,7 +14,7 @@ public:
     const Caller& getCaller() const { return caller; }
     const Rights& getRights() const { return rights; }
     /// @return whether the application is the caller's own. One that is being started is that of a child of the process
-    ///         manager which belongs to no other: its process id is not known yet.
+    /// manager, or of that child's process group, which belongs to no other: its process id is not known yet.
     bool has(const ManagedApplication& application) const;
     /// @return how many windows the client and its user have
     std::size_t countWindows() const;
