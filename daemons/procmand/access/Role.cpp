@@ -10,7 +10,7 @@ namespace Procmand
 namespace
 {
 
-constexpr std::array<std::pair<Role, const char*>, 4> NAMES{
+constexpr std::array<std::pair<Role, const char*>, 4> ROLE_NAMES{
     {{Role::NONE, "none"}, {Role::APPLICATION, "application"}, {Role::VIEWER, "viewer"}, {Role::MANAGER, "manager"}}};
 
 struct MethodRow {
@@ -20,7 +20,7 @@ struct MethodRow {
 };
 
 /// What is not in the table is for managers alone.
-constexpr MethodRow METHODS[] = {
+constexpr MethodRow RIGHTS[] = {
     {"IApplicationManager::registerApplication", Extent::OWN, Extent::NOTHING},
     {"IApplicationManager::getApplications", Extent::NOTHING, Extent::ALL},
     {"IApplicationManager::getHistory", Extent::NOTHING, Extent::ALL},
@@ -47,23 +47,23 @@ constexpr MethodRow METHODS[] = {
 
 const char* nameOf(Role role)
 {
-    return NAMES[static_cast<std::size_t>(role)].second;
+    return ROLE_NAMES[static_cast<std::size_t>(role)].second;
 }
 
 std::optional<Role> findRole(std::string_view name)
 {
     const auto* const found =
-        std::find_if(NAMES.begin(), NAMES.end(), [name](const auto& entry) { return entry.second == name; });
-    return found == NAMES.end() ? std::nullopt : std::optional(found->first);
+        std::find_if(ROLE_NAMES.begin(), ROLE_NAMES.end(), [name](const auto& entry) { return entry.second == name; });
+    return found == ROLE_NAMES.end() ? std::nullopt : std::optional(found->first);
 }
 
 Extent extentOf(Role role, std::string_view method)
 {
     if (role == Role::MANAGER)
         return Extent::ALL;
-    const auto* const row = std::find_if(std::begin(METHODS), std::end(METHODS),
+    const auto* const row = std::find_if(std::begin(RIGHTS), std::end(RIGHTS),
                                          [method](const MethodRow& entry) { return entry.method == method; });
-    if (row == std::end(METHODS) || role == Role::NONE)
+    if (row == std::end(RIGHTS) || role == Role::NONE)
         return Extent::NOTHING;
     return role == Role::APPLICATION ? row->application : row->viewer;
 }

@@ -16,10 +16,10 @@ using Corvane::IRPC::RPCResultObject;
 using Corvane::IRPC::RPCReturnObject;
 using Rect = Corvane::ISurfaceCompositing::Rect;
 
-constexpr char VISIBILITY[] = "visibility";
-constexpr char OPACITY[] = "opacity";
-constexpr char Z_ORDER[] = "zorder";
-constexpr char LOCATION[] = "location";
+constexpr char VISIBILITY_KEY[] = "visibility";
+constexpr char OPACITY_KEY[] = "opacity";
+constexpr char Z_ORDER_KEY[] = "zorder";
+constexpr char LOCATION_KEY[] = "location";
 
 /// How many screenshots are kept; the next one takes the place of the oldest.
 constexpr unsigned int SCREENSHOT_LIMIT = 16;
@@ -71,13 +71,15 @@ void ManagerServer::fillCompositingMethods()
     using Server = ManagerServer;
     MethodTable& methods = interfaces["IWindowCompositing"];
     methods["setVisibility"] =
-        static_cast<Handler>(&Server::setProperty<bool, &WindowStack::setVisibility, VISIBILITY>);
+        static_cast<Handler>(&Server::setProperty<bool, &WindowStack::setVisibility, VISIBILITY_KEY>);
     methods["getVisibility"] = static_cast<Handler>(&Server::getProperty<&WindowState::visibility>);
-    methods["setOpacity"] = static_cast<Handler>(&Server::setProperty<unsigned int, &WindowStack::setOpacity, OPACITY>);
+    methods["setOpacity"] =
+        static_cast<Handler>(&Server::setProperty<unsigned int, &WindowStack::setOpacity, OPACITY_KEY>);
     methods["getOpacity"] = static_cast<Handler>(&Server::getProperty<&WindowState::opacity>);
-    methods["setZOrder"] = static_cast<Handler>(&Server::setProperty<unsigned int, &WindowStack::setZOrder, Z_ORDER>);
+    methods["setZOrder"] =
+        static_cast<Handler>(&Server::setProperty<unsigned int, &WindowStack::setZOrder, Z_ORDER_KEY>);
     methods["getZOrder"] = static_cast<Handler>(&Server::getProperty<&WindowState::zOrder>);
-    methods["setLocation"] = static_cast<Handler>(&Server::setProperty<Rect, &WindowStack::setLocation, LOCATION>);
+    methods["setLocation"] = static_cast<Handler>(&Server::setProperty<Rect, &WindowStack::setLocation, LOCATION_KEY>);
     methods["getLocation"] = static_cast<Handler>(&Server::getProperty<&WindowState::location>);
     methods["bringToFront"] = static_cast<Handler>(&Server::stack<&WindowStack::bringToFront>);
     methods["sendToBack"] = static_cast<Handler>(&Server::stack<&WindowStack::sendToBack>);

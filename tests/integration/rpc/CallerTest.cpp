@@ -13,8 +13,8 @@ namespace Corvane::Test
 namespace
 {
 
-constexpr uid_t STRANGER = 54321;
-constexpr gid_t ACCESS_GROUP = 54323;
+constexpr uid_t OTHER_USER = 54321;
+constexpr gid_t SHARED_GROUP = 54323;
 
 /// Answers with what it knows of its caller.
 class AskingServer : public RPCServer
@@ -44,7 +44,7 @@ private:
     }
     std::string isMember(const IRPC::RPCSynchronousMethodObject& request)
     {
-        return answer(request, RPCCaller::getCurrent()->isMemberOf(ACCESS_GROUP) ? "yes" : "no");
+        return answer(request, RPCCaller::getCurrent()->isMemberOf(SHARED_GROUP) ? "yes" : "no");
     }
     std::string lives(const IRPC::RPCSynchronousMethodObject& request)
     {
@@ -82,8 +82,8 @@ protected:
     {
         const pid_t child = fork();
         if (child == 0) {
-            const gid_t group = ACCESS_GROUP;
-            if (setgroups(1, &group) != 0 || setgid(STRANGER) != 0 || setuid(STRANGER) != 0)
+            const gid_t group = SHARED_GROUP;
+            if (setgroups(1, &group) != 0 || setgid(OTHER_USER) != 0 || setuid(OTHER_USER) != 0)
                 _exit(100);
             _exit(work());
         }
@@ -92,7 +92,7 @@ protected:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
-    ScopedEnvironment access{"CORVANE_RPC_GROUP", geteuid() == 0 ? std::to_string(ACCESS_GROUP).c_str() : nullptr};
+    ScopedEnvironment access{"CORVANE_RPC_GROUP", geteuid() == 0 ? std::to_string(SHARED_GROUP).c_str() : nullptr};
     TemporaryRuntime runtime;
     AskingServer server;
 };
