@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <corvane/common/RPCError.h>
 #include <cstdlib>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -94,6 +96,13 @@ protected:
                 if (picture.at(x, y) != colour)
                     letters.emplace_back(x, y);
         return letters;
+    }
+    static int countPictures()
+    {
+        int count = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(std::getenv("CORVANE_RUNTIME_DIR")))
+            count += entry.path().extension() == ".png" ? 1 : 0;
+        return count;
     }
     std::uint32_t look(Place place) { return takePicture().at(place.x, place.y); }
 
@@ -250,18 +259,52 @@ TEST_F(ProcmandScreenshot, SaysThatTheFileCannotBeWritten)
     EXPECT_EQ(outcome.error, "corvanectl: cannot write /nowhere/box.png: No such file or directory\n");
 }
 
-TEST_F(ProcmandScreenshot, KeepsSixteenPicturesInTheRuntimeFolder)
+TEST_F(ProcmandScreenshot, KeepsSixteenPicturesInTheRuntimeFolderEachForALittleWhile)
 {
     startDrawing();
-    for (int i = 0; i < 20; ++i) {
-        call("IWindowCompositing::screenshot");
-        ASSERT_NE(announcements.take({"IWindowCompositing::onScreenshot "}), "");
-    }
-    int pictures = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(std::getenv("CORVANE_RUNTIME_DIR")))
-        pictures += entry.path().extension() == ".png";
+    const auto take = [this] { return call("IWindowCompositing::screenshot"); };
+    for (int i = 0; i < 16; ++i)
+        ASSERT_NE(announcements.take({"IWindowCompositing::onScreenshot ", take()}), "");
+    EXPECT_EQ(countPictures(), 16);
+    EXPECT_THAT(refusalOf("IWindowCompositing::screenshot"), HasSubstr("too many screenshots"));
 
-    EXPECT_EQ(pictures, 16);
+    EXPECT_TRUE(await([&] {
+        try {
+            return !take().empty();
+        } catch (const Corvane::RPCError&) {
+            return false;
+        }
+    }));
+    ASSERT_NE(announcements.take({"IWindowCompositing::onScreenshot "}), "");
+    EXPECT_EQ(countPictures(), 16);
+}
+
+TEST_F(ProcmandScreenshot, RemovesThePicturesOfAProcessManagerThatWasKilled)
+{
+    startDrawing();
+    takePicture();
+    killProcmand();
+    startDrawing();
+    takePicture();
+
+    EXPECT_EQ(countPictures(), 1);
+}
+
+TEST_F(ProcmandScreenshot, EndsSoonHoweverManyPicturesWereAskedFor)
+{
+    startWithTwoWindows();
+    int accepted = 0;
+    for (int i = 0; i < 1500; ++i) {
+        try {
+            call("IWindowCompositing::screenshot");
+            ++accepted;
+        } catch (const Corvane::RPCError&) {
+        }
+    }
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(endProcmand(), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_LT(accepted, 750) << "sixteen in two seconds";
 }
 
 TEST_F(ProcmandScreenshot, EndsCleanlyWhileItDraws)

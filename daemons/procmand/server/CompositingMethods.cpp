@@ -21,9 +21,6 @@ constexpr char OPACITY_KEY[] = "opacity";
 constexpr char Z_ORDER_KEY[] = "zorder";
 constexpr char LOCATION_KEY[] = "location";
 
-/// How many screenshots are kept; the next one takes the place of the oldest.
-constexpr unsigned int SCREENSHOT_LIMIT = 16;
-
 Corvane::BooleanObject asSerialObject(bool value)
 {
     return Corvane::BooleanObject(value);
@@ -121,19 +118,33 @@ std::string ManagerServer::setFocus(const Request& request)
 
 std::string ManagerServer::screenshot(const Request& request)
 {
-    // Beside the sockets: whoever may call may read there.
-    const std::string socket = getFixedRPCAddress();
-    const std::string file = socket.substr(0, socket.rfind('/')) + "/screenshot-" +
-                             std::to_string(screenshots++ % SCREENSHOT_LIMIT) + ".png";
-    box.compositor->screenshot(file, [this, file](const std::string& problem) {
-        box.loop.post([this, file, problem] {
-            if (problem.empty())
-                box.notices.onScreenshot(file);
-            else
-                box.notices.onScreenshotFailure(file, problem);
-        });
-    });
+    if (!pictures) {
+        // Beside the sockets: whoever may call may read there.
+        const std::string socket = getFixedRPCAddress();
+        pictures.emplace(socket.substr(0, socket.rfind('/')));
+    }
+    const std::string file = pictures->begin();
+    const auto onAnswer = [this, file](const std::string& problem) {
+        box.loop.post([this, file, problem] { onPicture(file, problem); });
+    };
+    try {
+        box.compositor->screenshot(file, onAnswer);
+    } catch (...) {
+        pictures->onFailure(file);
+        throw;
+    }
     return RPCResultObject(request, Corvane::StringObject(file)).serialize();
+}
+
+void ManagerServer::onPicture(const std::string& file, const std::string& problem)
+{
+    if (problem.empty()) {
+        pictures->onTaken(file);
+        box.notices.onScreenshot(file);
+    } else {
+        pictures->onFailure(file);
+        box.notices.onScreenshotFailure(file, problem);
+    }
 }
 
 } // namespace Procmand

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "box/Box.h"
+#include "screen/Pictures.h"
 #include "server/Client.h"
 #include "supervision/Supervisor.h"
 #include "windows/FocusControl.h"
 #include "windows/WindowService.h"
 
 #include <corvane/common/RPCServer.h>
+#include <optional>
 
 namespace Procmand
 {
@@ -64,13 +66,14 @@ private:
     std::string getWindows(const Request& request);
     std::string setFocus(const Request& request);
     std::string screenshot(const Request& request);
+    void onPicture(const std::string& file, const std::string& problem);
 
     Box& box;
     Supervisor& supervisor;
     FocusControl& focus;
     WindowService& windows;
-    std::optional<Client> client; ///< while a call is handled
-    unsigned int screenshots = 0; ///< how many were asked for
+    std::optional<Client> client;     ///< while a call is handled
+    std::optional<Pictures> pictures; ///< from the first one on
 };
 
 /// What the server tells about its methods and notifications.
