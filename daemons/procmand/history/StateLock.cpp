@@ -18,7 +18,7 @@ namespace
 
 /// A process that another process manager made has what that one had open, until it is on its own: for a moment, which
 /// may be longer than its maker lives.
-constexpr std::chrono::seconds PATIENCE{1};
+constexpr std::chrono::seconds PATIENCE{2};
 constexpr std::chrono::milliseconds PAUSE{10};
 
 /// @return whether the lock was taken; errno tells why not

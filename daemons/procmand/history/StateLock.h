@@ -10,7 +10,7 @@ namespace Procmand
 class StateLock
 {
 public:
-    /// Creates the folder where it is missing. Waits a second at most for one that another process has.
+    /// Creates the folder where it is missing. Waits two seconds at most for one that another process has.
     /// @throws std::runtime_error  another process has the folder, or it cannot be used; with a text for people
     explicit StateLock(const std::string& folder);
 

@@ -39,6 +39,13 @@ RPCError badAddress(const std::string& message)
     return {RPCError::Reason::BAD_ADDRESS, RETURN_INVALID_PARAMETER, message};
 }
 
+/// @throws RPCError  everybody may write to the folder, and so could put an impostor's socket there
+void refusePublic(const struct stat& status, const std::string& path)
+{
+    if ((status.st_mode & S_IWOTH) != 0)
+        throw badAddress("everybody may write to the runtime folder " + path);
+}
+
 } // namespace
 
 std::string runtimeDirectory()
@@ -136,6 +143,34 @@ void createRuntimeDirectory(const std::string& directory, std::optional<gid_t> g
         (chown(directory.c_str(), static_cast<uid_t>(-1), *group) != 0 || chmod(directory.c_str(), 03770) != 0))
         throw systemError(RPCError::Reason::BAD_ADDRESS,
                           "cannot give the runtime folder " + directory + " to its group");
+}
+
+void requireSafeDirectory(int directory, const std::string& path, std::optional<gid_t> group)
+{
+    struct stat status {
+    };
+    if (fstat(directory, &status) != 0)
+        throw systemError(RPCError::Reason::BAD_ADDRESS, "cannot use the runtime folder " + path);
+    refusePublic(status, path);
+    if (status.st_uid != 0 && status.st_uid != geteuid() && (!group || status.st_gid != *group))
+        throw badAddress("the runtime folder " + path + " belongs to user " + std::to_string(status.st_uid));
+}
+
+void requireTrustedServer(int socket, const std::string& serverName)
+{
+    const std::string path = runtimeDirectory();
+    struct stat status {
+    };
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    if (stat(path.c_str(), &status) != 0 || getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
+        throw systemError(RPCError::Reason::BAD_ADDRESS, "cannot tell whose server " + serverName + " is");
+    refusePublic(status, path);
+    const uid_t self = geteuid();
+    const auto isTrusted = [&](uid_t user) { return user == 0 || user == status.st_uid; };
+    if (!isTrusted(self) && !isTrusted(peer.uid) && peer.uid != self)
+        throw badAddress("the server " + serverName + " is that of user " + std::to_string(peer.uid) +
+                         ", to whom the runtime folder " + path + " does not belong");
 }
 
 bool mayConnect(int socket, std::optional<gid_t> group)

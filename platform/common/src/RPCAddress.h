@@ -37,6 +37,16 @@ std::optional<gid_t> accessGroup();
 /// @throws RPCError  BAD_ADDRESS
 void createRuntimeDirectory(const std::string& directory, std::optional<gid_t> group);
 
+/// Makes sure that a server can rely on the runtime folder: it is root's, this process's user's or, where there is an
+/// access group, that group's; and not everybody may write there.
+/// @param directory  open. @throws RPCError  BAD_ADDRESS
+void requireSafeDirectory(int directory, const std::string& path, std::optional<gid_t> group);
+/// Makes sure that a client can take the server behind a connection for what its name says: not everybody may write to
+/// the runtime folder, and the server is root's, this process's user's or that of the folder's owner. For root and for
+/// that owner the first is enough: whom they let write there is their own decision.
+/// @throws RPCError  BAD_ADDRESS
+void requireTrustedServer(int socket, const std::string& serverName);
+
 /// @return whether the peer of a connection is root, this process's user, or a member of the group
 bool mayConnect(int socket, std::optional<gid_t> group);
 

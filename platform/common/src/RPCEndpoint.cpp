@@ -3,12 +3,15 @@
 #include "RPCAddress.h"
 
 #include <cerrno>
+#include <chrono>
 #include <corvane/common/RPCError.h>
 #include <corvane/foundation/ReturnCode.h>
 #include <fcntl.h>
+#include <fstream>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace Corvane
 {
@@ -18,15 +21,43 @@ namespace
 
 using RPCAddress::systemError;
 
+/// How long a process that holds the folder is waited for; it holds it for a moment, unless it is stopped just then.
+constexpr std::chrono::seconds LOCK_PATIENCE{5};
+constexpr std::chrono::milliseconds LOCK_PAUSE{10};
+
+/// @return who holds the folder, as the system tells it
+std::string findHolder(int directory)
+{
+    struct stat status {
+    };
+    fstat(directory, &status);
+    const std::string inode = ":" + std::to_string(status.st_ino);
+    std::ifstream locks("/proc/locks");
+    // "1: FLOCK  ADVISORY  WRITE 1234 fd:01:5678 0 EOF"
+    std::string number, kind, mode, access, pid, file;
+    for (std::string rest; locks >> number >> kind >> mode >> access >> pid >> file && std::getline(locks, rest);)
+        if (kind == "FLOCK" && file.ends_with(inode))
+            return "process " + pid;
+    return "another process";
+}
+
 /// Holds the runtime folder for this process, so that two servers that start at once do not take a name from each
 /// other.
 class FolderLock
 {
 public:
-    explicit FolderLock(int directory) : directory(directory)
+    /// @throws RPCError  TIMED_OUT  somebody else holds it for longer than five seconds
+    FolderLock(int directory, const std::string& path) : directory(directory)
     {
-        while (flock(directory, LOCK_EX) != 0 && errno == EINTR)
-            ;
+        const auto deadline = std::chrono::steady_clock::now() + LOCK_PATIENCE;
+        while (flock(directory, LOCK_EX | LOCK_NB) != 0) {
+            if (errno != EWOULDBLOCK && errno != EINTR)
+                throw systemError(RPCError::Reason::SYSTEM_FAILURE, "cannot lock the runtime folder " + path);
+            if (std::chrono::steady_clock::now() > deadline)
+                throw RPCError(RPCError::Reason::TIMED_OUT, RETURN_TIMED_OUT,
+                               "the runtime folder " + path + " is locked by " + findHolder(directory));
+            std::this_thread::sleep_for(LOCK_PAUSE);
+        }
     }
     ~FolderLock() { flock(directory, LOCK_UN); }
     FolderLock(const FolderLock&) = delete;
@@ -53,11 +84,12 @@ RPCEndpoint::RPCEndpoint(const std::string& serverName)
     directory.reset(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!directory.isOpen())
         throw systemError(RPCError::Reason::BAD_ADDRESS, "cannot use the runtime folder " + folder);
+    RPCAddress::requireSafeDirectory(directory.get(), folder, group);
     listener.reset(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!listener.isOpen())
         throw systemError(RPCError::Reason::SYSTEM_FAILURE, "cannot create a socket");
 
-    FolderLock lock(directory.get());
+    const FolderLock lock(directory.get(), folder);
     bindTo(address);
     try {
         makeReachable();
@@ -105,12 +137,16 @@ mode_t RPCEndpoint::mode() const
 
 RPCEndpoint::~RPCEndpoint()
 {
-    FolderLock lock(directory.get());
-    struct stat status {
-    };
-    // Somebody may have removed the socket, and another server may have taken the name since: that one stays.
-    if (stat(path.c_str(), &status) == 0 && status.st_dev == device && status.st_ino == inode)
-        unlink(path.c_str());
+    try {
+        const FolderLock lock(directory.get(), path);
+        struct stat status {
+        };
+        // Somebody may have removed the socket, and another server may have taken the name since: that one stays.
+        if (stat(path.c_str(), &status) == 0 && status.st_dev == device && status.st_ino == inode)
+            unlink(path.c_str());
+    } catch (const RPCError&) {
+        // Without the lock the socket stays. It is dead, and makes way for the next server of its name.
+    }
 }
 
 } // namespace Corvane

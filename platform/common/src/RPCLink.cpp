@@ -38,8 +38,10 @@ FileDescriptor connectTo(const std::string& serverName, std::chrono::millisecond
 {
     const std::string path = RPCAddress::socketPath(serverName);
     FileDescriptor socket = RPCAddress::connectTo(RPCAddress::socketAddress(path), patience);
-    if (socket.isOpen())
+    if (socket.isOpen()) {
+        RPCAddress::requireTrustedServer(socket.get(), serverName);
         return socket;
+    }
     if (errno == EAGAIN)
         throw timedOut();
     if (errno == ENOENT || errno == ECONNREFUSED)

@@ -1,8 +1,11 @@
 #include "ServerFixture.h"
 
+#include <corvane/common/FileDescriptor.h>
 #include <corvane/common/RPCClient.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -175,6 +178,51 @@ TEST(RPCAddress, IsFreeAfterShutdownButAnothersSocketStays)
     EXPECT_TRUE(std::filesystem::exists(path));
     second.shutdown();
     EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(RPCAddress, IsInNoFolderThatEverybodyMayWriteTo)
+{
+    TemporaryRuntime runtime;
+    TestServer server;
+    for (const mode_t mode : {0777U, 01777U}) {
+        chmod(runtime.directory.getPath().c_str(), mode);
+        EXPECT_EQ(messageOf(server), "everybody may write to the runtime folder " + runtime.directory.getPath());
+    }
+    chmod(runtime.directory.getPath().c_str(), 0755);
+    EXPECT_EQ(messageOf(server), "no error");
+}
+
+TEST(RPCAddress, IsBelievedByNoClientWhereEverybodyMayWriteToTheFolder)
+{
+    TemporaryRuntime runtime;
+    TestServer server;
+    server.init();
+    chmod(runtime.directory.getPath().c_str(), 01777);
+    try {
+        RPCClient("TEST").call("ITest::count", "{}");
+        FAIL() << "it may be an impostor";
+    } catch (const RPCError& error) {
+        EXPECT_EQ(error.getReason(), RPCError::Reason::BAD_ADDRESS);
+        EXPECT_EQ(error.what(), "everybody may write to the runtime folder " + runtime.directory.getPath());
+    }
+}
+
+TEST(RPCAddress, IsGivenUpWhereSomebodyHoldsTheFolderAndTellsWhoItIs)
+{
+    TemporaryRuntime runtime;
+    const std::string folder = runtime.directory.getPath();
+    const FileDescriptor holder(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_EQ(flock(holder.get(), LOCK_EX), 0);
+    TestServer server;
+    try {
+        server.init();
+        FAIL() << "the folder is not its own";
+    } catch (const RPCError& error) {
+        EXPECT_EQ(error.getReason(), RPCError::Reason::TIMED_OUT);
+        EXPECT_EQ(error.what(), "the runtime folder " + folder + " is locked by process " + std::to_string(getpid()));
+    }
+    flock(holder.get(), LOCK_UN);
+    EXPECT_EQ(messageOf(server), "no error");
 }
 
 } // namespace

@@ -1,11 +1,16 @@
 #include "history/StateLock.h"
 
+#include <chrono>
+#include <corvane/common/FileDescriptor.h>
+#include <fcntl.h>
 #include <filesystem>
+#include <future>
 #include <gtest/gtest.h>
 #include <memory>
 #include <stdexcept>
-#include <support/ChildProcess.h>
 #include <support/TemporaryDirectory.h>
+#include <sys/file.h>
+#include <thread>
 #include <unistd.h>
 
 namespace Procmand
@@ -30,9 +35,12 @@ TEST(StateLockTest, KeepsOthersOffTheFolderAndTellsWhoHasIt)
 TEST(StateLockTest, WaitsForAProcessThatHasTheFolderForAMomentOnly)
 {
     const Corvane::Test::TemporaryDirectory folder;
-    Corvane::Test::ChildProcess holder(
-        {"flock", folder.getPath() + "/lock", "sh", "-c", "echo has it; exec sleep 0.2"});
-    ASSERT_TRUE(holder.awaitOutput("has it"));
+    Corvane::FileDescriptor holder(open((folder.getPath() + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    ASSERT_EQ(flock(holder.get(), LOCK_EX), 0);
+    const auto release = std::async(std::launch::async, [&holder] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        holder.reset();
+    });
 
     EXPECT_NO_THROW(StateLock{folder.getPath()});
 }
