@@ -99,6 +99,7 @@ StartRecord makeStartRecord(const ManagedApplication& application)
             .uid = application.uid,
             .pid = application.process ? application.process->getPid() : 0,
             .startTime = application.process ? application.process->getStartTime() : std::string(),
+            .mark = application.mark,
             .program = application.program,
             .type = application.type,
             .phase = phaseOf(application),

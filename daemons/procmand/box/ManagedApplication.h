@@ -37,6 +37,7 @@ struct ManagedApplication {
     std::string type; ///< its application type, empty where it has none or it is not known
     Phase phase = Phase::STARTING;
     std::optional<Process> process;     ///< while RUNNING, and a little before
+    std::string mark;                   ///< of its present or last run, empty where it was started by hand
     std::optional<ProcessEnd> end;      ///< the process has ended, its last words may still come
     unsigned int restarts = 0;          ///< all of them
     unsigned int restartsInRow = 0;     ///< those without a long run in between

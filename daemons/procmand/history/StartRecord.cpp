@@ -15,6 +15,7 @@ std::string StartRecord::write() const
     serializer.writeString("uid", uid);
     serializer.writeInteger("pid", pid);
     serializer.writeString("startTime", startTime);
+    serializer.writeString("mark", mark);
     serializer.writeString("program", program);
     serializer.writeString("applicationType", type);
     serializer.writeString("phase", phase);
@@ -44,6 +45,8 @@ StartRecord StartRecord::read(const std::string& text)
     // Earlier versions did not write these.
     if (deserializer.hasMember("applicationType"))
         record.type = deserialize<std::string>("applicationType", deserializer);
+    if (deserializer.hasMember("mark"))
+        record.mark = deserialize<std::string>("mark", deserializer);
     if (deserializer.hasMember("phase"))
         record.phase = deserialize<std::string>("phase", deserializer);
     if (deserializer.hasMember("restartsInRow"))

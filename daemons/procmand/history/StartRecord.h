@@ -23,6 +23,7 @@ struct StartRecord {
     std::string uid;
     pid_t pid = 0;
     std::string startTime; ///< of the process, in the system's unit
+    std::string mark;      ///< of the run, empty for an application that was started by hand
     std::string program;
     std::string type; ///< its application type
     std::string phase = RUNNING;

@@ -1,5 +1,7 @@
 #include "launch/Launcher.h"
 
+#include "launch/Remains.h"
+
 #include <cerrno>
 #include <corvane/foundation/DebugPrint.h>
 #include <cstdlib>
@@ -38,7 +40,8 @@ void giveTo(const User& user, std::map<std::string, std::string>& variables)
     variables["USER"] = variables["LOGNAME"] = user.name;
 }
 
-PointerList makeEnvironment(const LaunchRequest& request, const std::string& token, const std::optional<User>& user)
+PointerList makeEnvironment(const LaunchRequest& request, const std::string& token, const std::string& mark,
+                            const std::optional<User>& user)
 {
     std::map<std::string, std::string> variables;
     for (char** entry = environ; *entry != nullptr; ++entry)
@@ -52,6 +55,7 @@ PointerList makeEnvironment(const LaunchRequest& request, const std::string& tok
     for (const auto& [name, value] : request.environment)
         variables[name] = value;
     variables[PARAMETERS] = request.writeParameters(token);
+    variables[MARK_VARIABLE] = mark;
     std::vector<std::string> texts;
     for (const auto& [name, value] : variables)
         texts.push_back(name + "=" + value);
@@ -93,14 +97,15 @@ std::optional<User> findUserOf(const LaunchRequest& request)
 
 } // namespace
 
-StartPlan planLaunch(const LaunchRequest& request, const std::string& token, const OutputFiles& files)
+StartPlan planLaunch(const LaunchRequest& request, const std::string& token, const std::string& mark,
+                     const OutputFiles& files)
 {
     std::optional<User> user = findUserOf(request);
     OutputFiles::Run run = files.beginRun(token);
     std::vector<gid_t> groups = user ? user->findGroups() : std::vector<gid_t>();
     return {.paths = listPaths(request.program),
             .arguments = makeArguments(request),
-            .environment = makeEnvironment(request, token, user),
+            .environment = makeEnvironment(request, token, mark, user),
             .user = std::move(user),
             .groups = std::move(groups),
             .folder = openWorkingDirectory(request.workingDirectory),

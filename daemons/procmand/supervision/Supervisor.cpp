@@ -3,6 +3,7 @@
 #include "box/Containment.h"
 #include "box/ServerSocket.h"
 #include "launch/Launcher.h"
+#include "launch/Remains.h"
 #include "launch/Token.h"
 
 #include <algorithm>
@@ -90,10 +91,12 @@ void Supervisor::startProgram(ManagedApplication& application)
     LaunchRequest request = *application.request;
     if (application.takesPlaceBack)
         request.compositingParameters = application.placement->apply(request.compositingParameters);
+    application.mark = makeToken();
     // Before anything else: should this process manager be killed, the next one starts the program.
     box.note(makeStartRecord(application).write());
-    box.workers.run([this, uid = application.uid, generation = application.generation, request = std::move(request)] {
-        const std::string problem = runProgram(uid, generation, request);
+    box.workers.run([this, uid = application.uid, generation = application.generation, mark = application.mark,
+                     request = std::move(request)] {
+        const std::string problem = runProgram(uid, generation, mark, request);
         // What came of it must be known, however short memory is.
         insist([&] {
             box.loop.post([this, uid, generation, problem] {
@@ -107,11 +110,13 @@ void Supervisor::startProgram(ManagedApplication& application)
     });
 }
 
-std::string Supervisor::runProgram(const std::string& uid, unsigned long generation, const LaunchRequest& request)
+std::string Supervisor::runProgram(const std::string& uid, unsigned long generation, const std::string& mark,
+                                   const LaunchRequest& request)
 {
     try {
-        const StartPlan plan = planLaunch(request, uid, box.files);
+        const StartPlan plan = planLaunch(request, uid, mark, box.files);
         Starter starter(plan);
+        enclose(mark, starter.getPid());
         // Before the program runs: should this process manager be killed, there is none that the next one does not
         // know.
         noteProcess(uid, generation, starter.getPid());
@@ -146,6 +151,7 @@ void Supervisor::onStarted(ManagedApplication& application)
 void Supervisor::onStartFailure(ManagedApplication& application, const std::string& reason)
 {
     application.process.reset();
+    removeRemains(application); // its cgroup
     corvaneDebugPrint(Corvane::DEBUG_ERROR, "procmand", "Supervisor", __LINE__, "%s: %s\n", application.uid.c_str(),
                       reason.c_str());
     box.notices.onLaunchFailure(application.uid, application.program, reason);
@@ -213,6 +219,7 @@ void Supervisor::recover(const Recovery::Application& recovered)
     application.program = start.program;
     application.request = start.request;
     application.type = start.type;
+    application.mark = start.mark;
     application.restarts = start.restarts;
     application.restartsInRow = start.restartsInRow;
     application.placement = start.placement;
@@ -232,6 +239,7 @@ void Supervisor::recover(const Recovery::Application& recovered)
     if (!recovered.hasEnded)
         recordEnd(application, start.pid);
     links.removeSocket(start.uid);
+    removeRemains(application);
     // Nobody knows how long it ran; at most since its start.
     const auto longest = recovered.hasEnded ? std::chrono::milliseconds::zero() : Process::findAge(start.startTime);
     restartByPolicy(application, true, longest);
@@ -388,11 +396,18 @@ void Supervisor::finishEnd(ManagedApplication& application)
     box.registry.renew(application);
     links.disconnect(application);
     links.removeSocket(application.uid);
+    removeRemains(application);
     recordEnd(application, application.process->getPid());
     focus.onGone(application.uid);
     windows.releaseAll(application.uid);
     const StopPurpose purpose = application.stopPurpose;
     settle(application, purpose, stopper.finish(application));
+}
+
+void Supervisor::removeRemains(const ManagedApplication& application)
+{
+    if (!application.mark.empty())
+        box.workers.run([mark = application.mark] { killRemains(mark); });
 }
 
 void Supervisor::recordEnd(const ManagedApplication& application, pid_t pid)

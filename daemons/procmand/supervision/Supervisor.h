@@ -59,7 +59,8 @@ private:
     void startProgram(ManagedApplication& application);
     void beginStop(ManagedApplication& application, StopPurpose purpose);
     /// Waits until the program runs. A job of the workers. @return why it does not, empty when it does
-    std::string runProgram(const std::string& uid, unsigned long generation, const LaunchRequest& request);
+    std::string runProgram(const std::string& uid, unsigned long generation, const std::string& mark,
+                           const LaunchRequest& request);
     /// Takes hold of a process that waits for its program, and writes it into the history. A job of the workers.
     /// @throws std::system_error
     void noteProcess(const std::string& uid, unsigned long generation, pid_t pid);
@@ -82,6 +83,8 @@ private:
     void onRunaway(ManagedApplication& application);
     void onProcessEnd(ManagedApplication& application);
     void finishEnd(ManagedApplication& application);
+    /// Begins to kill what the application's last run has left behind.
+    void removeRemains(const ManagedApplication& application);
     void recordEnd(const ManagedApplication& application, pid_t pid);
     void settle(ManagedApplication& application, StopPurpose purpose, const std::string& means);
     /// @param runTime  of the process that has ended; zero when there was none

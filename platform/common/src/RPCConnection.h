@@ -78,9 +78,9 @@ private:
 
     FileDescriptor socket;
     std::string output;
-    std::atomic<bool> waits{false}; ///< part of `output` is not sent; written under the mutex
+    std::atomic<bool> waits{false};      ///< part of `output` is not sent; written under the mutex
     std::atomic<Loss> loss = Loss::NONE; ///< written under the mutex
-    std::size_t sent = 0;        ///< so much of `output` is gone already
+    std::size_t sent = 0;                ///< so much of `output` is gone already
     std::size_t answerBegin = 0; ///< where in `output` the answer stands; everything else there is notifications
     std::size_t answerEnd = 0;
     std::vector<std::string> subscriptions;

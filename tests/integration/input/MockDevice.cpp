@@ -336,8 +336,8 @@ std::string MockDevice::describe() const
     char bus[8];
     std::snprintf(bus, sizeof bus, "%04x", static_cast<unsigned int>(specification.bus));
     text += "P: " + folder.substr(0, folder.rfind('/')) + "\nE: SUBSYSTEM=input\nA: name=" + specification.name +
-            "\nA: id/bustype=" + bus + "\nA: id/vendor=0001\nA: id/product=0001\nA: capabilities/rel=" +
-            listBits(specification, EV_REL) + "\n\n";
+            "\nA: id/bustype=" + bus +
+            "\nA: id/vendor=0001\nA: id/product=0001\nA: capabilities/rel=" + listBits(specification, EV_REL) + "\n\n";
     text += "P: " + folder + "\nE: SUBSYSTEM=input\nE: DEVNAME=" + node + "\nE: MAJOR=13\nE: MINOR=64\n";
     for (const auto& [name, value] : specification.properties)
         text += "E: " + name + "=" + value + "\n";
