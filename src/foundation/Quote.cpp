@@ -1,6 +1,7 @@
 #include "Quote.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 namespace Corvane
@@ -42,10 +43,13 @@ Sequence measureSequence(std::string_view text)
     return {length, true};
 }
 
-bool isPlain(unsigned char byte)
-{
-    return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
-}
+/// Which bytes stand in a JSON string as they are.
+constexpr auto IS_PLAIN = [] {
+    std::array<bool, 256> isPlain{};
+    for (std::size_t byte = 0x20; byte < 0x80; ++byte)
+        isPlain[byte] = byte != '"' && byte != '\\';
+    return isPlain;
+}();
 
 void appendEscaped(std::string& output, unsigned char byte)
 {
@@ -70,7 +74,7 @@ void appendQuoted(std::string& output, std::string_view text)
     output += '"';
     while (!text.empty()) {
         std::size_t length = 0;
-        while (length < text.size() && isPlain(byteAt(text, length)))
+        while (length < text.size() && IS_PLAIN[byteAt(text, length)])
             ++length;
         if (length != 0) {
             output.append(text.substr(0, length));
