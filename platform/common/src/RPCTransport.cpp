@@ -138,6 +138,7 @@ int RPCTransport::thread()
         if (largeTexts && std::chrono::steady_clock::now() >= lastLarge + std::chrono::milliseconds(KEPT_MS))
             giveMemoryBack();
     }
+    largeTexts.reset();
     ownThread = pthread_t{};
     return 0;
 }
