@@ -10,14 +10,15 @@ enum DebugLevel : int { DEBUG_ERROR = 1, DEBUG_WARNING = 3, DEBUG_INFO = 5, DEBU
 
 /// Writes one line of diagnostics: time, process, level, module, component, source line and the formatted message.
 ///
-/// The line goes out in a single `write(2)` of at most 4,096 bytes, so that lines of several threads, of several
+/// The line goes out in one piece of at most 4,096 bytes, so that lines of several threads, of several
 /// processes that share the output, and of a signal handler never mix. A final line feed in the format is optional;
 /// other control characters are written as `\xNN`. Lines above CORVANE_DEBUG_LEVEL (default 7) are dropped;
 /// CORVANE_DEBUG_OUTPUT is `stderr` (default), `syslog` or the path of a file to append to. Both are read once, when
 /// the library is loaded.
 ///
 /// Thread-safe and signal-safe (no lock, no allocation, `errno` is kept) as long as the format has no floating-point or
-/// wide-character conversion. Never fails: what cannot be written is lost.
+/// wide-character conversion. Never fails: what cannot be written is lost. Waits for a reader of a full pipe or socket for
+/// 100 ms at most; how many lines were lost so, is the first line that gets through again.
 /// @param module     the module's tag, not null
 /// @param component  the tag of the class or function, not null
 /// @param line       source line of the call
