@@ -17,8 +17,8 @@ enum DebugLevel : int { DEBUG_ERROR = 1, DEBUG_WARNING = 3, DEBUG_INFO = 5, DEBU
 /// the library is loaded.
 ///
 /// Thread-safe and signal-safe (no lock, no allocation, `errno` is kept) as long as the format has no floating-point or
-/// wide-character conversion. Never fails: what cannot be written is lost. Waits for a reader of a full pipe or socket for
-/// 100 ms at most; how many lines were lost so, is the first line that gets through again.
+/// wide-character conversion. Never fails: what cannot be written is lost. Waits for a reader of a full pipe or socket
+/// for 100 ms at most; how many lines were lost so, is the first line that gets through again.
 /// @param module     the module's tag, not null
 /// @param component  the tag of the class or function, not null
 /// @param line       source line of the call
