@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <sys/syscall.h>
@@ -14,8 +13,10 @@ namespace Corvane::Test
 inline std::string readThreadFile(const std::string& thread, const std::string& name)
 {
     const auto read = [](const std::filesystem::path& path) {
-        std::ifstream file(path);
-        return std::string(std::istreambuf_iterator<char>(file), {});
+        // Of a thread that ends meanwhile the system has no more to say, which is no error here.
+        std::ostringstream text;
+        text << std::ifstream(path).rdbuf();
+        return text.str();
     };
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task"))
         if (read(task.path() / "comm") == thread + "\n")
