@@ -11,15 +11,15 @@ namespace Corvane
 namespace
 {
 
-constexpr const char* VARIABLE = "CORVANE_KEY_REPEAT";
-constexpr unsigned int LIMIT = 10000;
+constexpr const char* REPEAT_VARIABLE = "CORVANE_KEY_REPEAT";
+constexpr unsigned int LONGEST = 10000;
 
-/// @return the whole text as a number from 1 to LIMIT; 0 when it is none
+/// @return the whole text as a number from 1 to LONGEST; 0 when it is none
 unsigned int readNumber(std::string_view text)
 {
     unsigned int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool isNumber = error == std::errc() && end == text.data() + text.size() && number <= LIMIT;
+    const bool isNumber = error == std::errc() && end == text.data() + text.size() && number <= LONGEST;
     return isNumber ? number : 0;
 }
 
@@ -27,7 +27,7 @@ unsigned int readNumber(std::string_view text)
 
 std::optional<KeyRepeat> readKeyRepeat()
 {
-    const char* const value = std::getenv(VARIABLE);
+    const char* const value = std::getenv(REPEAT_VARIABLE);
     if (value == nullptr)
         return {};
     const std::string_view text(value);
@@ -41,7 +41,7 @@ std::optional<KeyRepeat> readKeyRepeat()
     corvaneDebugPrint(DEBUG_WARNING, "MultiInputDriver", "KeyRepeat", __LINE__,
                       "%s is \"%s\", and neither \"off\" nor a delay and a period in milliseconds such as 400,40: keys "
                       "repeat as the kernel lets them\n",
-                      VARIABLE, value);
+                      REPEAT_VARIABLE, value);
     return {};
 }
 
