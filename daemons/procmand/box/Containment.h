@@ -12,7 +12,7 @@ namespace Procmand
 /// Carries out a step of a thread that must go on whatever happens: what the step throws is one line in the log.
 /// @param tag  whose step it is
 template <class Step>
-void contain(const char* tag, Step step) noexcept
+void contain(const char* tag, const Step& step) noexcept
 {
     const auto log = [tag](const char* problem) {
         Corvane::corvaneDebugPrint(Corvane::DEBUG_ERROR, "procmand", tag, __LINE__, "a step was given up: %s\n",
@@ -30,7 +30,7 @@ void contain(const char* tag, Step step) noexcept
 /// Carries out a step that must not be given up for lack of memory: it is tried until there is some. For threads that
 /// may wait.
 template <class Step>
-void insist(Step step)
+void insist(const Step& step)
 {
     for (;;)
         try {

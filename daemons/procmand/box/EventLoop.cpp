@@ -16,7 +16,6 @@ namespace Procmand
 namespace
 {
 
-constexpr const char* TAG = "EventLoop";
 /// How soon a timer is run again that lacked memory.
 constexpr std::chrono::milliseconds MEMORY_DELAY{100};
 
@@ -111,7 +110,7 @@ void EventLoop::run()
         for (int i = 0; i < count; ++i)
             // Looked up again each time: a task may unwatch what is to come.
             if (const auto task = findWatch(events[static_cast<std::size_t>(i)].data.u64))
-                contain(TAG, *task);
+                contain("EventLoop", *task);
     }
     std::lock_guard guard(lock);
     runPosted();
@@ -151,13 +150,13 @@ void EventLoop::runPosted()
         tasks.swap(posted);
     }
     for (const Task& task : tasks)
-        contain(TAG, task);
+        contain("EventLoop", task);
 }
 
 void EventLoop::runDueTimers(Clock::time_point now)
 {
     while (Timers::node_type timer = takeDueTimer(now))
-        contain(TAG, [&] {
+        contain("EventLoop", [&] {
             try {
                 timer.mapped()();
             } catch (const std::bad_alloc&) {

@@ -7,13 +7,6 @@
 namespace Procmand
 {
 
-namespace
-{
-
-constexpr const char* TAG = "Workers";
-
-} // namespace
-
 Workers::Workers(unsigned int count)
 {
     threads.reserve(count);
@@ -23,7 +16,7 @@ Workers::Workers(unsigned int count)
     } catch (const std::system_error& error) {
         if (threads.empty())
             throw;
-        Corvane::corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", TAG, __LINE__,
+        Corvane::corvaneDebugPrint(Corvane::DEBUG_WARNING, "procmand", "Workers", __LINE__,
                                    "%zu threads of %u have to do: %s\n", threads.size(), count, error.what());
     }
 }
@@ -67,7 +60,7 @@ void Workers::work()
             const Job job = std::move(jobs.front());
             jobs.pop_front();
             lock.unlock();
-            contain(TAG, job);
+            contain("Workers", job);
         } // the job is destroyed outside of the lock: what it owns may take its time to go
         lock.lock();
     }
