@@ -71,7 +71,7 @@ std::string ManagerServer::handleRPCSynchronousMethod(const Request& request)
     if (table == interfaces.end() || !table->second.contains(request.getMethod()))
         return RPCServer::handleRPCSynchronousMethod(request);
     client.emplace(box, Caller::getCurrent());
-    const std::string reply = handleCall(nameOf(request), request);
+    std::string reply = handleCall(nameOf(request), request);
     client.reset();
     return reply;
 }
@@ -105,7 +105,7 @@ std::string ManagerServer::checkSubscription()
 {
     std::lock_guard guard(box.lock);
     client.emplace(box, Caller::getCurrent());
-    const std::string refusal = findRefusal(SUBSCRIPTION);
+    std::string refusal = findRefusal(SUBSCRIPTION);
     if (!refusal.empty())
         noteRefusal(SUBSCRIPTION, "", refusal);
     client.reset();
