@@ -89,7 +89,7 @@ public:
         if (!has(key))
             return {};
         const std::string text = deserializer.readString(key);
-        const auto value = read(text);
+        auto value = read(text);
         if (!value)
             deserializer.fail(key, "\"" + text + "\" is no " + meaning);
         return value;
