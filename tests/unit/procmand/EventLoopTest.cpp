@@ -191,6 +191,24 @@ TEST_F(EventLoopTest, GoesOnWhateverATaskThrows)
     EXPECT_THAT(notes, ElementsAre("posted", "timer", "watch"));
 }
 
+TEST_F(EventLoopTest, CopiesNoTaskForThatTakesMemory)
+{
+    struct Counted {
+        std::vector<std::string>& copies;
+        explicit Counted(std::vector<std::string>& copies) : copies(copies) {}
+        Counted(const Counted& other) : copies(other.copies) { copies.push_back("copy"); }
+        Counted(Counted&& other) noexcept : copies(other.copies) {}
+    };
+    const Corvane::FileDescriptor event(eventfd(1, EFD_CLOEXEC));
+    loop.post([counted = Counted(notes)] {});
+    loop.schedule(milliseconds(0), [counted = Counted(notes)] {});
+    loop.watch(event.get(), [this, counted = Counted(notes)] { loop.stop(); });
+    notes.clear();
+    loop.run();
+
+    EXPECT_TRUE(notes.empty());
+}
+
 TEST_F(EventLoopTest, RunsATimerAgainThatLacksMemory)
 {
     loop.schedule(milliseconds(0), [&] {
