@@ -1,6 +1,7 @@
 #include "supervision/Supervisor.h"
 
 #include <corvane/common/RPCServer.h>
+#include <corvane/foundation/ValueObjects.h>
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,6 +20,23 @@ using testing::HasSubstr;
 
 constexpr std::chrono::milliseconds KEEP_ALIVE_DEADLINE{2000};
 constexpr std::chrono::milliseconds ABORT_DEADLINE{300};
+
+/// A control server that tells a state and never proves that anyone lives.
+class QuietServer : public Corvane::RPCServer
+{
+public:
+    QuietServer() : RPCServer("APPquiet")
+    {
+        interfaces["IApplication"]["getState"] = static_cast<Handler>(&QuietServer::getState);
+    }
+    ~QuietServer() override { shutdown(); }
+
+private:
+    std::string getState(const Corvane::IRPC::RPCSynchronousMethodObject& request)
+    {
+        return Corvane::IRPC::RPCResultObject(request, Corvane::StringObject(std::string("RUNNING"))).serialize();
+    }
+};
 
 /// A supervisor with one application: its process is a child of the test, its control server is the test's own.
 class SupervisorTest : public testing::Test
@@ -109,6 +127,21 @@ TEST_F(SupervisorTest, WaitsForTheLastWordsOfAProcessThatHasEnded)
     server.shutdown();
 
     EXPECT_THAT(awaitNotice("onEnd"), HasSubstr(R"("state":"ABORTED","previousState":"RUNNING")"));
+}
+
+TEST_F(SupervisorTest, AnnouncesTheKeepAliveThatCameBeforeItListened)
+{
+    QuietServer quiet;
+    quiet.init();
+    {
+        std::lock_guard guard(box.lock);
+        EXPECT_TRUE(supervisor.adopt("quiet", child.getPid()));
+    }
+    std::pair<std::string, std::string> notice;
+    do
+        ASSERT_TRUE(notices.take(notice));
+    while (notice.first != "IApplication::onKeepAlive");
+    EXPECT_EQ(notice.second, R"({"uid":"quiet","state":"RUNNING"})");
 }
 
 TEST_F(SupervisorTest, TakesAKeepAliveThatSaysAbortedForNoSignOfLife)
