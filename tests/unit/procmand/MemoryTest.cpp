@@ -25,7 +25,7 @@ protected:
         server.init();
         std::lock_guard guard(box.lock);
         supervisor.start(runtime.directory.getPath());
-        EXPECT_TRUE(supervisor.adopt("tester", child.getPid()));
+        supervisor.adopt("tester", Process::find(child.getPid(), false).value());
     }
     ~SupervisorWithoutMemory() override
     {
