@@ -135,7 +135,7 @@ TEST_F(SupervisorTest, AnnouncesTheKeepAliveThatCameBeforeItListened)
     quiet.init();
     {
         std::lock_guard guard(box.lock);
-        EXPECT_TRUE(supervisor.adopt("quiet", child.getPid()));
+        supervisor.adopt("quiet", Process::find(child.getPid(), false).value());
     }
     std::pair<std::string, std::string> notice;
     do
