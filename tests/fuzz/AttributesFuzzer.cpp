@@ -1,3 +1,5 @@
+#include "Require.h"
+
 #include <corvane/APPRPCServer.h>
 #include <corvane/Application.h>
 #include <corvane/common/Service.h>
@@ -6,8 +8,6 @@
 #include <corvane/foundation/Serializer.h>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,14 +19,6 @@ namespace
 
 using namespace Corvane;
 using Attributes = MapObject<MapObject<int>>;
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "broken: %s\n", rule);
-    std::abort();
-}
 
 /// @return the attributes as they are written, nothing when the text is refused
 std::optional<std::string> readAndWrite(const std::string& text)

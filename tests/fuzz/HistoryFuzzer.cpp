@@ -1,9 +1,8 @@
+#include "Require.h"
 #include "history/Recovery.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -13,14 +12,6 @@ namespace
 {
 
 using namespace Procmand;
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "broken: %s\n", rule);
-    std::abort();
-}
 
 std::vector<std::string> splitLines(const std::string& text)
 {

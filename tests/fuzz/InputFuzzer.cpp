@@ -1,9 +1,8 @@
 #include "EventTranslator.h"
+#include "Require.h"
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <linux/input-event-codes.h>
 #include <map>
@@ -23,14 +22,6 @@ using MouseEvent = IWindowEvent::MouseEvent;
 
 constexpr unsigned int WIDTH = 1280;
 constexpr unsigned int HEIGHT = 720;
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "broken: %s\n", rule);
-    std::abort();
-}
 
 /// Hears what an application hears, and keeps what is down.
 class Application

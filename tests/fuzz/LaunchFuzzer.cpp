@@ -1,3 +1,4 @@
+#include "Require.h"
 #include "launch/LaunchRequest.h"
 
 #include <corvane/foundation/Deserializer.h>
@@ -7,8 +8,6 @@
 #include <corvane/interfaces/IWindowManager.h>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -20,14 +19,6 @@ namespace
 
 using namespace Corvane;
 using Procmand::LaunchRequest;
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "broken: %s\n", rule);
-    std::abort();
-}
 
 template <class Parameters>
 void checkParameters(std::vector<std::string> words)

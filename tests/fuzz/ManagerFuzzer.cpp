@@ -1,8 +1,8 @@
+#include "Require.h"
 #include "server/ManagerServer.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -14,14 +14,6 @@ namespace
 {
 
 using namespace Procmand;
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "broken: %s\n", rule);
-    std::abort();
-}
 
 /// A folder for the sockets and the history, which goes with the program.
 class Folder

@@ -1,4 +1,5 @@
 #include "JsonText.h"
+#include "Require.h"
 #include <corvane/foundation/Deserializer.h>
 #include <corvane/foundation/MapObject.h>
 #include <corvane/foundation/SerialError.h>
@@ -8,8 +9,6 @@
 #include <corvane/interfaces/IWindowEvent.h>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,14 +21,6 @@ namespace
 
 using namespace Corvane;
 using InputEvent = IWindowEvent::InputEvent;
-
-void require(bool condition, const char* rule)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "broken: %s\n", rule);
-    std::abort();
-}
 
 /// @return what `read` returns, nothing when it refuses the text
 template <class Read>

@@ -1,4 +1,4 @@
-#include "supervision/Supervisor.h"
+#include "RunningSupervisor.h"
 
 #include <corvane/common/RPCServer.h>
 #include <corvane/foundation/ValueObjects.h>
@@ -38,43 +38,27 @@ private:
     }
 };
 
-/// A supervisor with one application: its process is a child of the test, its control server is the test's own.
-class SupervisorTest : public testing::Test
+/// What the process manager has announced. It outlives what fills it.
+struct Heard {
+    Corvane::Test::Mailbox<std::pair<std::string, std::string>> notices;
+};
+
+/// A supervisor that listens to its application.
+class SupervisorTest : public testing::Test, protected Heard, protected RunningSupervisor
 {
 protected:
     SupervisorTest()
+        : RunningSupervisor(Settings{.keepAliveDeadline = KEEP_ALIVE_DEADLINE, .abortDeadline = ABORT_DEADLINE},
+                            [this](const std::string& name, const std::string& payload) {
+                                notices.put({name, payload});
+                            })
     {
-        server.init();
-        {
-            std::lock_guard guard(box.lock);
-            supervisor.start(runtime.directory.getPath());
-            supervisor.adopt("tester", Process::find(child.getPid(), false).value());
-        }
         EXPECT_TRUE(await([this] {
             std::lock_guard guard(box.lock);
             return box.registry.require("tester").isConnected;
         }));
     }
-    ~SupervisorTest() override
-    {
-        {
-            std::lock_guard guard(box.lock);
-            supervisor.disconnectAll();
-        }
-        box.workers.finish();
-        box.loop.stop();
-        looper.join();
-        box.loop.discard();
-    }
 
-    Settings makeSettings() const
-    {
-        Settings settings;
-        settings.stateFolder = state.getPath();
-        settings.keepAliveDeadline = KEEP_ALIVE_DEADLINE;
-        settings.abortDeadline = ABORT_DEADLINE;
-        return settings;
-    }
     /// Waits for a notification of the process manager. @return its payload
     std::string awaitNotice(const std::string& name)
     {
@@ -85,18 +69,6 @@ protected:
         return "nothing";
     }
 
-    Corvane::Test::TemporaryRuntime runtime;
-    Corvane::Test::TemporaryDirectory state;
-    Corvane::Test::Mailbox<std::pair<std::string, std::string>> notices;
-    Corvane::Test::ChildProcess child{{"sleep", "1000"}};
-    Corvane::RPCServer server{"APPtester"};
-    Box box{makeSettings(), [this](const std::string& name, const std::string& payload) {
-                notices.put({name, payload});
-            }};
-    FocusControl focus{box};
-    WindowService windows{box};
-    Supervisor supervisor{box, focus, windows};
-    std::thread looper{[this] { box.loop.run(); }};
 };
 
 } // namespace
