@@ -13,7 +13,7 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-Audit::Deed refusalOf(const std::string& subject)
+Audit::Deed refuse(const std::string& subject)
 {
     return {.method = "I::f", .subject = subject, .problem = "no", .isRefused = true};
 }
@@ -25,7 +25,7 @@ TEST(AuditTest, TellsWhoDidWhatInTheOrderOfTheDeeds)
     const Caller self = Caller::getCurrent();
     Audit audit;
     audit.note(self, {.method = "I::f", .subject = "a", .problem = ""});
-    audit.note(self, refusalOf("b"));
+    audit.note(self, refuse("b"));
     audit.note(self, {.method = "I::g", .subject = "c", .problem = "broken"});
 
     const std::string who = "\"pid\":" + std::to_string(getpid()) + ",\"user\":" + std::to_string(geteuid());
@@ -42,7 +42,7 @@ TEST(AuditTest, KeepsTheLatestAndOfEachNoMoreThanTellsSomething)
     Audit audit;
     audit.note(self, {.method = "I::f", .subject = "deed", .problem = ""});
     for (std::size_t i = 0; i < 3 * Audit::LIMIT; ++i)
-        audit.note(self, refusalOf("number " + std::to_string(i) + std::string(100000, 'x')));
+        audit.note(self, refuse("number " + std::to_string(i) + std::string(100000, 'x')));
     const std::string all = audit.write(1000);
     EXPECT_THAT(all, AllOf(HasSubstr("deed"), Not(HasSubstr("number 511x")), HasSubstr("number 512x")));
     EXPECT_LT(all.size(), 1000 * Audit::LIMIT);
