@@ -47,7 +47,8 @@ private:
 class LinksTest : public testing::Test, private ILinkListener
 {
 protected:
-    ~LinksTest() override
+    /// Not the destructor's: until the loop has ended it calls the operations of this class.
+    void TearDown() override
     {
         {
             std::lock_guard guard(box.lock);
