@@ -133,6 +133,7 @@ void interruptHolderOf(const Object& object, bool afterLock)
     interruptsAfterLock = afterLock;
 }
 
+#ifdef INTERRUPTS_LOCKS
 /// Sends this thread SIGTERM, once, while it has the mutex.
 void interrupt(const pthread_mutex_t* mutex, bool afterLock)
 {
@@ -143,6 +144,7 @@ void interrupt(const pthread_mutex_t* mutex, bool afterLock)
     interrupted = nullptr;
     raise(SIGTERM);
 }
+#endif
 
 template <class Function>
 Function real(const char* name)
