@@ -87,6 +87,7 @@ TEST_F(StalledListener, HearsTheMovementOfAllThatTimeInFewEventsBetweenTheRightK
     device.press(KEY_A);
     move();
     device.press(BTN_LEFT);
+    ASSERT_TRUE(awaitRead(device)); // what is read after the listener has returned is not merged
     holding.mayReturn.release();
 
     // However the movement was merged, this is its sum, and the number of its events.
