@@ -117,6 +117,8 @@ void WithProcmand::startProcmand(const Words& options)
 
 void WithProcmand::killProcmand()
 {
+    // What it has announced it has also written, once it answers.
+    call("IApplicationManager::getApplications");
     procmand->sendSignal(SIGKILL);
     EXPECT_EQ(procmand->wait().signal, SIGKILL);
     client.reset();
