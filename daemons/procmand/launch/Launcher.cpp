@@ -102,10 +102,11 @@ StartPlan planLaunch(const LaunchRequest& request, const std::string& token, con
 {
     std::optional<User> user = findUserOf(request);
     OutputFiles::Run run = files.beginRun(token);
+    PointerList environment = makeEnvironment(request, token, mark, user);
     std::vector<gid_t> groups = user ? user->findGroups() : std::vector<gid_t>();
     return {.paths = listPaths(request.program),
             .arguments = makeArguments(request),
-            .environment = makeEnvironment(request, token, mark, user),
+            .environment = std::move(environment),
             .user = std::move(user),
             .groups = std::move(groups),
             .folder = openWorkingDirectory(request.workingDirectory),
