@@ -68,7 +68,6 @@ protected:
                 return notice.second;
         return "nothing";
     }
-
 };
 
 } // namespace
