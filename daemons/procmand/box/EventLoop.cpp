@@ -155,31 +155,32 @@ void EventLoop::runPosted()
 
 void EventLoop::runDueTimers(Clock::time_point now)
 {
-    while (Timers::node_type timer = takeDueTimer(now))
+    for (DueTimer next = takeDueTimer(now); next.timer; next = takeDueTimer(now))
         contain("EventLoop", [&] {
             try {
-                timer.mapped()();
+                next.timer.mapped()();
             } catch (const std::bad_alloc&) {
-                runAgain(std::move(timer));
+                runAgain(std::move(next));
                 throw;
             }
         });
 }
 
-EventLoop::Timers::node_type EventLoop::takeDueTimer(Clock::time_point now)
+EventLoop::DueTimer EventLoop::takeDueTimer(Clock::time_point now)
 {
     std::lock_guard guard(mutex);
     if (timers.empty() || timers.begin()->first.first > now)
         return {};
-    dues.erase(timers.begin()->first.second);
-    return timers.extract(timers.begin());
+    Dues::node_type due = dues.extract(timers.begin()->first.second);
+    return {.timer = timers.extract(timers.begin()), .due = std::move(due)};
 }
 
-void EventLoop::runAgain(Timers::node_type timer)
+void EventLoop::runAgain(DueTimer again)
 {
     std::lock_guard guard(mutex);
-    timer.key().first = Clock::now() + MEMORY_DELAY;
-    timers.insert(std::move(timer));
+    again.due.mapped() = again.timer.key().first = Clock::now() + MEMORY_DELAY;
+    dues.insert(std::move(again.due));
+    timers.insert(std::move(again.timer));
 }
 
 std::shared_ptr<EventLoop::Task> EventLoop::findWatch(std::uint64_t event)

@@ -49,6 +49,12 @@ private:
     using Clock = std::chrono::steady_clock;
     /// What is due next comes first; of what is due at once, the oldest.
     using Timers = std::map<std::pair<Clock::time_point, Timer>, Task>;
+    using Dues = std::map<Timer, Clock::time_point>;
+    /// A timer that is taken out of both maps, to be put back without memory.
+    struct DueTimer {
+        Timers::node_type timer;
+        Dues::node_type due;
+    };
     /// Has a number of its own: that of its descriptor may be another's by the time that an event is looked at.
     struct Watch {
         std::uint32_t number;
@@ -58,9 +64,9 @@ private:
     int findPatience();
     void runPosted();
     void runDueTimers(Clock::time_point now);
-    /// @return the timer that is due, taken out of all
-    Timers::node_type takeDueTimer(Clock::time_point now);
-    void runAgain(Timers::node_type timer);
+    /// @return the timer that is due, taken out of all; empty where none is
+    DueTimer takeDueTimer(Clock::time_point now);
+    void runAgain(DueTimer again);
     std::shared_ptr<Task> findWatch(std::uint64_t event);
     void wakeUp();
 
@@ -72,7 +78,7 @@ private:
     std::mutex mutex;                    ///< guards what follows; nothing is called under it
     std::vector<Task> posted;
     Timers timers;
-    std::map<Timer, Clock::time_point> dues;
+    Dues dues;
     std::map<int, Watch> watches; ///< by descriptor
     Timer lastTimer = 0;
     std::uint32_t lastWatch = 0;

@@ -222,6 +222,19 @@ TEST_F(EventLoopTest, RunsATimerAgainThatLacksMemory)
     EXPECT_THAT(notes, ElementsAre("try", "try", "try"));
 }
 
+TEST_F(EventLoopTest, CancelsATimerThatWaitsToBeRunAgain)
+{
+    EventLoop::Timer timer = loop.schedule(milliseconds(0), [&] {
+        note("try");
+        throw std::bad_alloc();
+    });
+    loop.schedule(milliseconds(1), [&] { loop.cancel(timer); });
+    loop.schedule(milliseconds(300), [&] { loop.stop(); }); // longer than such a timer waits
+    loop.run();
+
+    EXPECT_THAT(notes, ElementsAre("try"));
+}
+
 TEST_F(EventLoopTest, DoesNotGiveAnEventToAWatchThatGotTheDescriptorOfAnother)
 {
     Corvane::FileDescriptor one(eventfd(1, EFD_CLOEXEC));
