@@ -8,7 +8,7 @@
 #include <linux/input-event-codes.h>
 #include <string>
 #include <support/Await.h>
-#include <support/EventText.h>
+#include <support/InputRecorder.h>
 #include <support/TemporaryDirectory.h>
 #include <vector>
 
@@ -18,20 +18,6 @@ namespace Corvane::Test
 
 namespace
 {
-
-using Texts = std::vector<std::string>;
-
-class Recorder : public virtual IWindowEvent::IInputEventListener
-{
-public:
-    int onInputEvent(const IWindowEvent::InputEvent& event) override
-    {
-        events.put(eventText(event));
-        return 0;
-    }
-
-    Mailbox<std::string> events;
-};
 
 /// An input driver with all classes and hotplug, and a listener of session 0.
 class KernelDevicesTest : public ::testing::Test
@@ -49,19 +35,8 @@ protected:
         driver->start();
     }
 
-    std::string take()
-    {
-        std::string text = "nothing";
-        recorder.events.take(text);
-        return text;
-    }
-    Texts take(std::size_t count)
-    {
-        Texts texts;
-        for (std::size_t i = 0; i < count; ++i)
-            texts.push_back(take());
-        return texts;
-    }
+    std::string take() { return recorder.take(); }
+    Texts take(std::size_t count) { return recorder.take(count); }
     /// Taps a key until the driver has found the device and gives it as `wanted`. What is tapped before is lost, and a
     /// second is far more than what is heard takes.
     bool awaitTap(UinputDevice& device, unsigned int code, const std::string& wanted)
@@ -79,7 +54,7 @@ protected:
     }
 
     std::optional<MultiInputDriver> driver;
-    Recorder recorder;
+    InputRecorder recorder;
 };
 
 using Uinput = KernelDevicesTest;
